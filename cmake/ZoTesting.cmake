@@ -1,0 +1,22 @@
+# zo_add_tests(<source.cpp> ... [GL] [LIBS lib ...] [TIMEOUT s])
+# One QtTest executable per source file, named after it and registered with CTest.
+# Tests run on the offscreen platform unless marked GL; GL tests need the X
+# display that run.sh provides through xvfb-run.
+function(zo_add_tests)
+  cmake_parse_arguments(ZT "GL" "TIMEOUT" "LIBS;SOURCES" ${ARGN})
+  set(files ${ZT_UNPARSED_ARGUMENTS} ${ZT_SOURCES})
+  if(NOT ZT_TIMEOUT)
+    set(ZT_TIMEOUT 120)
+  endif()
+  foreach(src ${files})
+    get_filename_component(name ${src} NAME_WE)
+    add_executable(${name} ${src})
+    target_link_libraries(${name} PRIVATE Qt5::Test ${ZT_LIBS})
+    add_test(NAME ${name} COMMAND ${name})
+    set(env "ZO_SOURCE_DIR=${PROJECT_SOURCE_DIR}")
+    if(NOT ZT_GL)
+      list(APPEND env "QT_QPA_PLATFORM=offscreen")
+    endif()
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${ZT_TIMEOUT} ENVIRONMENT "${env}")
+  endforeach()
+endfunction()

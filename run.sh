@@ -1,0 +1,94 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and runs the demo, the tests, the checks or
+# the benchmarks. Usage: ./run.sh demo|test|check|bench|build
+set -euo pipefail
+cd "$(dirname "$0")"
+ROOT=$(pwd)
+JOBS=$(nproc 2>/dev/null || echo 2)
+
+BASE_PACKAGES=(cmake make g++ pkg-config qtbase5-dev qtbase5-dev-tools libqt5opengl5-dev
+  libtiff-dev libgl1-mesa-dev libglu1-mesa-dev libgl1-mesa-dri xvfb xauth
+  libbenchmark-dev fonts-dejavu-core)
+CHECK_PACKAGES=(clang libclang-rt-14-dev)
+
+ensure_packages() {
+  local missing=()
+  for p in "$@"; do
+    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+  done
+  if [ ${#missing[@]} -gt 0 ]; then
+    echo "run.sh: installing ${missing[*]}"
+    local sudo=""
+    [ "$(id -u)" -ne 0 ] && sudo="sudo"
+    $sudo apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+  fi
+}
+
+# build <dir> [cmake options...]: configure once, then build incrementally.
+build() {
+  local dir=$1; shift
+  if [ ! -f "$dir/CMakeCache.txt" ]; then
+    cmake -S "$ROOT" -B "$dir" "$@" >/dev/null
+  fi
+  cmake --build "$dir" -j "$JOBS" 2>&1 | grep -Ev '^\[ *[0-9]+%\]|^-- |Automatic MOC|Automatic UIC|Automatic RCC' || true
+  # grep swallowed the exit status; check the build for real
+  cmake --build "$dir" -j "$JOBS" >/dev/null 2>&1 || { echo "run.sh: build in $dir failed" >&2; exit 1; }
+}
+
+cmd=${1:-test}
+case "$cmd" in
+  build)
+    ensure_packages "${BASE_PACKAGES[@]}"
+    build build -DCMAKE_BUILD_TYPE=RelWithDebInfo
+    ;;
+  demo)
+    ensure_packages "${BASE_PACKAGES[@]}"
+    build build -DCMAKE_BUILD_TYPE=RelWithDebInfo
+    shift || true
+    xvfb-run -a -s "-screen 0 1600x1000x24" build/apps/zodemo/zodemo --headless "$@"
+    ;;
+  test)
+    ensure_packages "${BASE_PACKAGES[@]}"
+    build build -DCMAKE_BUILD_TYPE=RelWithDebInfo
+    cd build
+    xvfb-run -a -s "-screen 0 1600x1000x24" ctest --output-on-failure -j "$JOBS"
+    ;;
+  bench)
+    ensure_packages "${BASE_PACKAGES[@]}"
+    build build-bench -DCMAKE_BUILD_TYPE=Release -DZO_BUILD_TESTS=OFF
+    for b in build-bench/bench/bench_*; do
+      [ -x "$b" ] || continue
+      echo "== $(basename "$b")"
+      xvfb-run -a -s "-screen 0 1600x1000x24" "$b" --benchmark_counters_tabular=true
+    done
+    ;;
+  check)
+    ensure_packages "${BASE_PACKAGES[@]}" "${CHECK_PACKAGES[@]}"
+    echo "== AddressSanitizer + UndefinedBehaviorSanitizer: test suite"
+    build build-asan -DCMAKE_BUILD_TYPE=Debug -DZO_BUILD_BENCH=OFF -DZO_SANITIZE=address,undefined \
+      -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
+    (cd build-asan && ASAN_OPTIONS=detect_leaks=0 UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
+      xvfb-run -a -s "-screen 0 1600x1000x24" ctest --output-on-failure -j "$JOBS")
+    echo "== ThreadSanitizer: log thread test"
+    build build-tsan -DCMAKE_BUILD_TYPE=Debug -DZO_BUILD_BENCH=OFF -DZO_SANITIZE=thread \
+      -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
+    (cd build-tsan && TSAN_OPTIONS=halt_on_error=1 xvfb-run -a ctest --output-on-failure -L thread)
+    echo "== libFuzzer targets, ${FUZZ_SECONDS:-30} s each"
+    build build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZO_BUILD_TESTS=OFF -DZO_BUILD_BENCH=OFF \
+      -DZO_BUILD_FUZZ=ON -DZO_SANITIZE=address,undefined -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
+    for f in build-fuzz/fuzz/fuzz_*; do
+      [ -x "$f" ] || continue
+      name=$(basename "$f")
+      mkdir -p "build-fuzz/corpus/$name"
+      echo "-- $name"
+      QT_QPA_PLATFORM=offscreen ASAN_OPTIONS=detect_leaks=0 "$f" -max_total_time="${FUZZ_SECONDS:-30}" \
+        -max_len=65536 "build-fuzz/corpus/$name" 2>&1 | grep -E '^#[0-9]+ *DONE|ERROR|SUMMARY' || true
+      [ "${PIPESTATUS[0]}" -eq 0 ] || { echo "$name found a crash"; exit 1; }
+    done
+    ;;
+  *)
+    echo "usage: $0 demo|test|check|bench|build" >&2
+    exit 2
+    ;;
+esac

@@ -1,0 +1,1 @@
+set(ZO_IMAGE_SOURCES zoimageglobal.h zoimageglobal.cpp)

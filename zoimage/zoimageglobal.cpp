@@ -1,0 +1,2 @@
+#include "zoimageglobal.h"
+int zoimageAbiVersion() { return 1; }

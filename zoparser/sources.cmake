@@ -1,0 +1,1 @@
+set(ZO_PARSER_SOURCES zopath.h zopath.cpp)

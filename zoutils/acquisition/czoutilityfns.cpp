@@ -1,0 +1,3 @@
+#include "czoutilityfns.h"
+
+CZOUtilityFns::~CZOUtilityFns() = default;

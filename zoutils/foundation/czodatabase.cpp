@@ -1,0 +1,3 @@
+#include "czodatabase.h"
+
+CZODatabase::~CZODatabase() = default;

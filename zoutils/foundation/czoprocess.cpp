@@ -1,0 +1,3 @@
+#include "czoprocess.h"
+
+CZOProcess::~CZOProcess() = default;

@@ -1,0 +1,3 @@
+#include "czopreference.h"
+
+CZOPreference::~CZOPreference() = default;

@@ -1,0 +1,1 @@
+list(APPEND ZO_UTILS_SOURCES preferences/czopreference.h preferences/czopreference.cpp)
