@@ -1,9 +1,9 @@
-# zo_add_tests(<source.cpp> ... [GL] [LIBS lib ...] [TIMEOUT s])
+# zo_add_tests(<source.cpp> ... [GL] [LIBS lib ...] [LABELS label ...] [TIMEOUT s])
 # One QtTest executable per source file, named after it and registered with CTest.
 # Tests run on the offscreen platform unless marked GL; GL tests need the X
 # display that run.sh provides through xvfb-run.
 function(zo_add_tests)
-  cmake_parse_arguments(ZT "GL" "TIMEOUT" "LIBS;SOURCES" ${ARGN})
+  cmake_parse_arguments(ZT "GL" "TIMEOUT" "LIBS;SOURCES;LABELS" ${ARGN})
   set(files ${ZT_UNPARSED_ARGUMENTS} ${ZT_SOURCES})
   if(NOT ZT_TIMEOUT)
     set(ZT_TIMEOUT 120)
@@ -18,5 +18,8 @@ function(zo_add_tests)
       list(APPEND env "QT_QPA_PLATFORM=offscreen")
     endif()
     set_tests_properties(${name} PROPERTIES TIMEOUT ${ZT_TIMEOUT} ENVIRONMENT "${env}")
+    if(ZT_LABELS)
+      set_tests_properties(${name} PROPERTIES LABELS "${ZT_LABELS}")
+    endif()
   endforeach()
 endfunction()
