@@ -1,2 +1,0 @@
-#include "zoimageglobal.h"
-int zoimageAbiVersion() { return 1; }

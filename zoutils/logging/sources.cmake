@@ -1,0 +1,5 @@
+list(APPEND ZO_UTILS_SOURCES
+  logging/czoslog.h logging/czoslog.cpp
+  logging/zopreferencehooks.h logging/zopreferencehooks.cpp
+  logging/zouserstats.h logging/zouserstats.cpp
+)
