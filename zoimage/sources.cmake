@@ -1,1 +1,3 @@
-set(ZO_IMAGE_SOURCES zoimageglobal.h zoimageglobal.cpp)
+set(ZO_IMAGE_SOURCES
+  cilimage.h cilimage.cpp
+  zosdisplayrange.h zosdisplayrange.cpp)
