@@ -4,6 +4,8 @@
 
 #include <QLocale>
 
+#include <cmath>
+
 namespace zoparser {
 
 namespace {
@@ -54,11 +56,15 @@ void appendValue(QString &text, const QString &value)
 
 QString formatDouble(double value)
 {
+    if (std::isnan(value))
+        return QStringLiteral("nan");
+    if (value == 0)
+        return std::signbit(value) ? QStringLiteral("-0") : QStringLiteral("0");
     // The shortest of 15 to 17 significant digits that reads back exactly.
     for (int precision = 15; precision < 17; ++precision) {
         const QString text = QString::number(value, 'g', precision);
         bool ok = false;
-        if (text.toDouble(&ok) == value && ok)
+        if (QLocale::c().toDouble(text, &ok) == value && ok)
             return text;
     }
     return QString::number(value, 'g', 17);
