@@ -1,0 +1,275 @@
+#include "czoimagequeue.h"
+
+#include "generalutilities.h"
+
+#include <QFile>
+#include <QMutexLocker>
+#include <QtEndian>
+
+#include <cstring>
+#include <limits>
+
+namespace {
+
+constexpr quint64 kMaxFileOffset = quint64(std::numeric_limits<qint64>::max());
+
+// Bytes of one frame, or 0 when the type is unknown, a side is not positive or
+// the size does not fit a file offset.
+quint64 frameBytes(ZOSDataTypes type, int width, int height)
+{
+    const int pixelBytes = sizeInBytes(type);
+    if (pixelBytes <= 0 || width <= 0 || height <= 0)
+        return 0;
+    quint64 bytes = 0;
+    if (__builtin_mul_overflow(quint64(width), quint64(height), &bytes)
+        || __builtin_mul_overflow(bytes, quint64(pixelBytes), &bytes) || bytes > kMaxFileOffset)
+        return 0;
+    return bytes;
+}
+
+// 80 + slotCount * frame size, or 0 when that passes the largest file offset.
+quint64 endOfSlots(quint64 slotCount, quint64 frameSize)
+{
+    quint64 bytes = 0;
+    if (__builtin_mul_overflow(slotCount, frameSize, &bytes)
+        || bytes > kMaxFileOffset - CZOImageQueue::HeaderSize)
+        return 0;
+    return bytes + CZOImageQueue::HeaderSize;
+}
+
+} // namespace
+
+CZOImageQueue::CZOImageQueue()
+{
+    clear();
+}
+
+CZOImageQueue::CZOImageQueue(QString path, quint64 capacity, int width, int height, ZOSDataTypes type)
+{
+    clear();
+    initImageQueue(path, capacity, width, height, type, true);
+}
+
+CZOImageQueue::~CZOImageQueue()
+{
+    closeFilesLocked();
+    if (!m_strPath.isEmpty())
+        QFile::remove(m_strPath);
+}
+
+void CZOImageQueue::clear()
+{
+    m_eType = ZOS_DT_UNKNOWN;
+    m_nCapacity = 0;
+    m_nHeight = 0;
+    m_nWidth = 0;
+    m_nFramesAdded = 0;
+    m_nDataStart = 0;
+    m_nWritePos = 0;
+    m_nRingStart = 0;
+    m_bInProcess = false;
+    std::memset(m_header, 0, sizeof m_header);
+}
+
+void CZOImageQueue::closeFilesLocked()
+{
+    delete m_pWriter; // QFile closes itself
+    m_pWriter = nullptr;
+    delete m_pReader;
+    m_pReader = nullptr;
+}
+
+quint64 CZOImageQueue::frameSizeInBytes() const
+{
+    return frameBytes(m_eType, m_nWidth, m_nHeight);
+}
+
+void CZOImageQueue::fillHeader(quint32 count, quint32 a, quint32 b)
+{
+    const quint32 words[8] = {count,
+                              quint32(m_nCapacity),
+                              quint32(m_nHeight),
+                              quint32(m_nWidth),
+                              quint32(m_nRingStart),
+                              quint32(HeaderSize),
+                              a,
+                              b};
+    std::memset(m_header, 0, sizeof m_header);
+    for (int i = 0; i < 8; ++i)
+        qToLittleEndian(words[i], m_header + 4 * i);
+}
+
+quint32 CZOImageQueue::headerWord(int offset) const
+{
+    return qFromLittleEndian<quint32>(m_header + offset);
+}
+
+void CZOImageQueue::initImageQueue(QString path, quint64 capacity, int width, int height, ZOSDataTypes type,
+                                   bool deleteOld)
+{
+    QMutexLocker lock(&m_mutex);
+    closeFilesLocked();
+    if (deleteOld && !m_strPath.isEmpty())
+        QFile::remove(m_strPath);
+    clear();
+    m_strPath.clear();
+
+    // The header keeps the capacity in 32 bits; a larger one could not be reopened.
+    const quint64 frameSize = frameBytes(type, width, height);
+    if (capacity == 0 || capacity > std::numeric_limits<quint32>::max() || frameSize == 0
+        || endOfSlots(capacity, frameSize) == 0)
+        return;
+    m_strPath = path;
+
+    // Frames are megabytes each: Qt's buffer would only add a copy.
+    m_pWriter = new QFile(path);
+    if (!m_pWriter->open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+        return;
+
+    m_eType = type;
+    m_nCapacity = capacity;
+    m_nWidth = width;
+    m_nHeight = height;
+    m_nFramesAdded = 0;
+    m_nRingStart = 0;
+    fillHeader(0, 1, 0);
+    if (m_pWriter->write(reinterpret_cast<const char *>(m_header), HeaderSize) != HeaderSize) {
+        m_pWriter->close();
+        return;
+    }
+    m_nDataStart = HeaderSize;
+    m_nWritePos = HeaderSize;
+    m_bInProcess = true;
+}
+
+bool CZOImageQueue::addFrame(const char *data)
+{
+    if (!m_bInProcess || !data)
+        return false;
+
+    QMutexLocker lock(&m_mutex);
+    if (!m_pWriter->isOpen()) {
+        // Read-write, because write-only would empty the frames already there.
+        if (!m_pWriter->open(QIODevice::ReadWrite | QIODevice::Unbuffered))
+            return false;
+    }
+    const qint64 frameSize = qint64(frameSizeInBytes());
+    if (!m_pWriter->seek(qint64(m_nWritePos)) || m_pWriter->write(data, frameSize) != frameSize)
+        return false;
+    m_pWriter->flush();
+
+    m_nWritePos += quint64(frameSize);
+    ++m_nFramesAdded;
+    const quint64 r = m_nFramesAdded % m_nCapacity;
+    if (r == 0)
+        m_nWritePos = m_nDataStart;
+    m_nRingStart = m_nFramesAdded < m_nCapacity ? m_nFramesAdded : m_nCapacity - r;
+    return true;
+}
+
+void CZOImageQueue::finalizeImageQueue(int a, int b)
+{
+    QMutexLocker lock(&m_mutex);
+    m_nFramesAdded = qMin(m_nFramesAdded, m_nCapacity);
+    if (!m_pWriter) {
+        m_bInProcess = false;
+        return;
+    }
+    fillHeader(quint32(m_nFramesAdded), quint32(a), quint32(b));
+    if (m_pWriter->isOpen()) {
+        if (m_pWriter->seek(0))
+            m_pWriter->write(reinterpret_cast<const char *>(m_header), HeaderSize);
+        m_pWriter->close();
+    }
+    m_bInProcess = false;
+}
+
+bool CZOImageQueue::initFromFile(QString path, ZOSDataTypes type)
+{
+    QMutexLocker lock(&m_mutex);
+    closeFilesLocked();
+    clear();
+    m_strPath.clear(); // only a file accepted as a queue becomes ours to delete
+
+    QFile *reader = new QFile(path);
+    if (!reader->open(QIODevice::ReadOnly | QIODevice::Unbuffered)
+        || reader->read(reinterpret_cast<char *>(m_header), HeaderSize) != HeaderSize) {
+        delete reader;
+        std::memset(m_header, 0, sizeof m_header);
+        return false;
+    }
+
+    const quint64 count = headerWord(0);
+    const quint64 capacity = headerWord(4);
+    const qint32 height = qint32(headerWord(8));
+    const qint32 width = qint32(headerWord(12));
+    const quint64 ringStart = headerWord(16);
+    const quint64 dataStart = headerWord(20);
+
+    // A file this queue wrote satisfies all of these; anything else would let a
+    // read leave the frames that are actually there.
+    const quint64 frameSize = frameBytes(type, width, height);
+    const quint64 framesEnd = endOfSlots(count, frameSize);
+    const bool valid = frameSize != 0 && capacity != 0 && count <= capacity && dataStart == HeaderSize
+        && endOfSlots(capacity, frameSize) != 0 && ringStart <= count && (ringStart != 0 || count == 0)
+        && framesEnd != 0 && quint64(reader->size()) >= framesEnd;
+    if (!valid) {
+        delete reader;
+        std::memset(m_header, 0, sizeof m_header);
+        return false;
+    }
+
+    m_pReader = reader;
+    m_strPath = path;
+    m_eType = type;
+    m_nCapacity = capacity;
+    m_nHeight = height;
+    m_nWidth = width;
+    m_nRingStart = ringStart;
+    m_nFramesAdded = count;
+    m_nDataStart = dataStart;
+    m_nWritePos = dataStart;
+    return true;
+}
+
+bool CZOImageQueue::getFrameAt(quint64 index, char *buffer)
+{
+    if (m_bInProcess)
+        return false;
+
+    QMutexLocker lock(&m_mutex);
+    const quint64 frameSize = frameSizeInBytes();
+    if (!buffer || frameSize == 0 || m_strPath.isEmpty())
+        return false;
+    if (!m_pReader) {
+        m_pReader = new QFile(m_strPath);
+        if (!m_pReader->open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+            delete m_pReader;
+            m_pReader = nullptr;
+            return false;
+        }
+    }
+
+    const quint64 count = m_nFramesAdded;
+    const quint64 s = m_nRingStart;
+    if (index > count || s > count)
+        return false;
+    const quint64 slot = index >= s ? index - s : index + (count - s);
+    if (slot >= m_nCapacity)
+        return false;
+    const qint64 offset = qint64(m_nDataStart + slot * frameSize);
+    return m_pReader->seek(offset) && m_pReader->read(buffer, qint64(frameSize)) == qint64(frameSize);
+}
+
+void CZOImageQueue::getFrameInfo(int &width, int &height, int &a, int &b) const
+{
+    width = m_nWidth;
+    height = m_nHeight;
+    a = int(headerWord(24));
+    b = int(headerWord(28));
+}
+
+quint64 CZOImageQueue::getNumberOfFrames() const
+{
+    return qMin(m_nFramesAdded, m_nCapacity);
+}

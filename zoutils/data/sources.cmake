@@ -1,0 +1,3 @@
+list(APPEND ZO_UTILS_SOURCES
+  data/czoimagequeue.h data/czoimagequeue.cpp
+)
