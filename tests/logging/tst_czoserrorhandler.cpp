@@ -1,0 +1,288 @@
+#include "czoserrorhandler.h"
+#include "czoutilityfns.h"
+
+#include <QtTest>
+#include <QAbstractButton>
+#include <QMainWindow>
+#include <QPushButton>
+
+#include <functional>
+
+namespace {
+
+// What a box looked like while it was open.
+struct Seen {
+    bool shown = false;
+    QString text;
+    QString title;
+    QWidget *parent = nullptr;
+    bool canClose = true;
+    Qt::CursorShape cursor = Qt::BitmapCursor;
+    QStringList buttons;
+    bool stillOpenAfterEscape = false;
+};
+
+// Waits for the next modal message box, records it, then lets `answer` close it.
+void answerNextBox(Seen *seen, std::function<void(QMessageBox *)> answer)
+{
+    auto *timer = new QTimer;
+    QObject::connect(timer, &QTimer::timeout, [timer, seen, answer] {
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        if (!box || !box->isVisible())
+            return;
+        timer->stop();
+        timer->deleteLater();
+        seen->shown = true;
+        seen->text = box->text();
+        seen->title = box->windowTitle();
+        seen->parent = box->parentWidget();
+        seen->canClose = CZOUtilityFns::canClose();
+        if (QCursor *c = QGuiApplication::overrideCursor())
+            seen->cursor = c->shape();
+        for (QAbstractButton *b : box->buttons())
+            seen->buttons << b->text().remove(QLatin1Char('&'));
+        answer(box);
+    });
+    timer->start(5);
+}
+
+QAbstractButton *buttonWithText(QMessageBox *box, const QString &text)
+{
+    for (QAbstractButton *b : box->buttons())
+        if (b->text().remove(QLatin1Char('&')) == text)
+            return b;
+    return nullptr;
+}
+
+} // namespace
+
+class TestCZOSErrorHandler : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void cleanup();
+    void statusTexts_data();
+    void statusTexts();
+    void errorMessageShowsTextDetailAndGuards();
+    void question_data();
+    void question();
+    void boxThatMayNotRejectIgnoresEscapeAndClose();
+    void boxThatMayRejectTakesEscape();
+    void parentSearch();
+    void shortcuts_data();
+    void shortcuts();
+};
+
+void TestCZOSErrorHandler::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+}
+
+void TestCZOSErrorHandler::cleanup()
+{
+    QVERIFY(CZOUtilityFns::canClose());
+    while (QGuiApplication::overrideCursor())
+        QGuiApplication::restoreOverrideCursor();
+}
+
+void TestCZOSErrorHandler::statusTexts_data()
+{
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("0 success") << 0 << " No Problems Encountered ";
+    QTest::newRow("11 open failed") << 11 << " Unable to open file. ";
+    QTest::newRow("14 kept grammar") << 14 << " Updating a operation failed. ";
+    QTest::newRow("23 kept spelling") << 23 << " Log updation operation failed. ";
+    QTest::newRow("29 line break") << 29 << " End of buffer was encountered.\nUnable to continue.";
+    QTest::newRow("39 line break and blank") << 39 << " Invalid file type found.\n Unable to continue.";
+    QTest::newRow("58 no leading blank") << 58 << "User ID must be two or three letters (A-Z).";
+    QTest::newRow("60 double full stop") << 60 << " Directory creation failed..";
+    QTest::newRow("77 reserved") << 77 << "";
+    QTest::newRow("78 reserved") << 78 << "";
+    QTest::newRow("81 kept spelling") << 81 << "Motor pssitioning failed";
+    QTest::newRow("88 last") << 88 << "Sequence does not contain any ClickNumbers.";
+    QTest::newRow("89 past the table") << 89 << "";
+}
+
+void TestCZOSErrorHandler::statusTexts()
+{
+    QFETCH(int, status);
+    QFETCH(QString, text);
+    QCOMPARE(CZOSErrorHandler::statusText(tag_estatus(status)), text);
+
+    // Every value but the reserved ones has a text, and no two are alike.
+    QSet<QString> seen;
+    for (int s = 0; s < ES_STATUS_COUNT; ++s) {
+        const QString t = CZOSErrorHandler::statusText(tag_estatus(s));
+        QCOMPARE(t.isEmpty(), s == 77 || s == 78);
+        seen.insert(t);
+    }
+    QCOMPARE(seen.size(), ES_STATUS_COUNT - 1);
+}
+
+void TestCZOSErrorHandler::errorMessageShowsTextDetailAndGuards()
+{
+    QMainWindow hidden; // not shown: still the parent of an error message
+    QWidget other;
+    other.show();
+    CZOUtilityFns::setCursor(ECURSOR_WAIT);
+    CZOUtilityFns::setCanClose(false); // a period already running must survive the box
+
+    Seen seen;
+    answerNextBox(&seen, [](QMessageBox *box) { box->button(QMessageBox::Ok)->click(); });
+    CZOSErrorHandler::errorMessage(nullptr, ES_OPEN_FAILED, QStringLiteral("/data/mouse 7/ClickInfo.txt"));
+
+    QVERIFY(seen.shown);
+    QCOMPARE(seen.text, QStringLiteral(" Unable to open file. /data/mouse 7/ClickInfo.txt"));
+    QCOMPARE(seen.title, CZOUtilityFns::getAppName());
+    QCOMPARE(seen.parent, &hidden);
+    QCOMPARE(seen.buttons, QStringList{"OK"});
+    QVERIFY(!seen.canClose);
+    QCOMPARE(seen.cursor, Qt::ArrowCursor);
+    // Afterwards: the busy cursor is back and only the outer period remains.
+    QCOMPARE(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
+    QVERIFY(!CZOUtilityFns::canClose());
+    CZOUtilityFns::setCanClose(true);
+    CZOUtilityFns::restoreCursor();
+    QVERIFY(!QGuiApplication::overrideCursor());
+}
+
+void TestCZOSErrorHandler::question_data()
+{
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<int>("result");
+    QTest::newRow("Enter takes the default Yes") << "enter" << int(QMessageBox::Yes);
+    QTest::newRow("No") << "No" << int(QMessageBox::No);
+    QTest::newRow("Escape takes Cancel") << "escape" << int(QMessageBox::Cancel);
+}
+
+void TestCZOSErrorHandler::question()
+{
+    QFETCH(QString, action);
+    QFETCH(int, result);
+    Seen seen;
+    answerNextBox(&seen, [action](QMessageBox *box) {
+        if (action == QLatin1String("enter"))
+            QTest::keyClick(box, Qt::Key_Return);
+        else if (action == QLatin1String("escape"))
+            QTest::keyClick(box, Qt::Key_Escape);
+        else
+            buttonWithText(box, action)->click();
+    });
+    QCOMPARE(CZOSErrorHandler::question(nullptr, ES_DATASET_EXISTS, QString()), result);
+    QCOMPARE(seen.text, QStringLiteral(" Dataset with that image number already exists. Do you want to reload the dataset?"));
+    QCOMPARE(seen.parent, nullptr); // no main window at all
+    QCOMPARE(seen.buttons.size(), 3);
+    QVERIFY(!seen.canClose);
+}
+
+void TestCZOSErrorHandler::boxThatMayNotRejectIgnoresEscapeAndClose()
+{
+    CZOSMessageBox box(QMessageBox::Question, QStringLiteral("t"), QStringLiteral("Keep going?"),
+                       QMessageBox::Ok | QMessageBox::Cancel, nullptr, Qt::Dialog, false);
+    QVERIFY(!box.mayReject());
+    Seen seen;
+    answerNextBox(&seen, [&seen](QMessageBox *b) {
+        QTest::keyClick(b, Qt::Key_Escape);
+        b->close();
+        b->reject();
+        QCoreApplication::processEvents();
+        seen.stillOpenAfterEscape = b->isVisible();
+        b->button(QMessageBox::Ok)->click();
+    });
+    QCOMPARE(box.exec(), int(QMessageBox::Ok));
+    QVERIFY(seen.stillOpenAfterEscape);
+    QVERIFY(!seen.canClose);
+}
+
+void TestCZOSErrorHandler::boxThatMayRejectTakesEscape()
+{
+    CZOSMessageBox box(QMessageBox::Question, QStringLiteral("t"), QStringLiteral("Keep going?"),
+                       QMessageBox::Ok | QMessageBox::Cancel, nullptr, Qt::Dialog, true);
+    Seen seen;
+    answerNextBox(&seen, [](QMessageBox *b) { QTest::keyClick(b, Qt::Key_Escape); });
+    QCOMPARE(box.exec(), int(QMessageBox::Cancel));
+    QVERIFY(CZOUtilityFns::canClose());
+}
+
+void TestCZOSErrorHandler::parentSearch()
+{
+    QWidget plain;
+    plain.show();
+    QMainWindow window;
+    QCOMPARE(CZOSMessageBox::findParent(nullptr, false), &window);
+    QCOMPARE(CZOSMessageBox::findParent(nullptr, true), nullptr);
+    QCOMPARE(CZOSMessageBox(nullptr, true).parentWidget(), nullptr);
+    window.show();
+    QCOMPARE(CZOSMessageBox::findParent(nullptr, true), &window);
+    QCOMPARE(CZOSMessageBox(nullptr, true).parentWidget(), &window);
+    QCOMPARE(CZOSMessageBox::findParent(&plain, true), &plain); // a given parent is kept
+}
+
+void TestCZOSErrorHandler::shortcuts_data()
+{
+    QTest::addColumn<QString>("which");
+    QTest::addColumn<QString>("press");
+    QTest::addColumn<int>("result");
+    QTest::addColumn<bool>("visibleParentOnly");
+
+    QTest::newRow("error returns the code") << "error" << "Retry" << int(QMessageBox::Retry) << false;
+    QTest::newRow("information returns the code") << "information" << "escape" << int(QMessageBox::No) << false;
+    QTest::newRow("question returns the code") << "question" << "enter" << int(QMessageBox::Yes) << false;
+    QTest::newRow("warning returns the code") << "warning" << "No" << int(QMessageBox::No) << false;
+    QTest::newRow("information with texts returns the index") << "informationTexts" << "Later" << 1 << true;
+    QTest::newRow("question with texts: escape button") << "questionTexts" << "escape" << 2 << true;
+    QTest::newRow("warning with texts: default button") << "warningTexts" << "enter" << 0 << false;
+}
+
+void TestCZOSErrorHandler::shortcuts()
+{
+    QFETCH(QString, which);
+    QFETCH(QString, press);
+    QFETCH(int, result);
+    QFETCH(bool, visibleParentOnly);
+
+    QMainWindow hidden;
+    const QString title = QStringLiteral("Shortcut");
+    const QString text = QStringLiteral("Proceed?");
+    const int yes = QMessageBox::Yes | QMessageBox::Default;
+    const int no = QMessageBox::No | QMessageBox::Escape;
+    const QString a = QStringLiteral("Now"), b = QStringLiteral("Later"), c = QStringLiteral("Never");
+
+    Seen seen;
+    answerNextBox(&seen, [press](QMessageBox *box) {
+        if (press == QLatin1String("enter"))
+            QTest::keyClick(box, Qt::Key_Return);
+        else if (press == QLatin1String("escape"))
+            QTest::keyClick(box, Qt::Key_Escape);
+        else
+            buttonWithText(box, press)->click();
+    });
+    int got = -100;
+    if (which == QLatin1String("error"))
+        got = CZOSMessageBox::error(nullptr, title, text, QMessageBox::Retry, QMessageBox::Abort | QMessageBox::Escape);
+    else if (which == QLatin1String("information"))
+        got = CZOSMessageBox::information(nullptr, title, text, yes, no);
+    else if (which == QLatin1String("question"))
+        got = CZOSMessageBox::question(nullptr, title, text, yes, no);
+    else if (which == QLatin1String("warning"))
+        got = CZOSMessageBox::warning(nullptr, title, text, yes, no);
+    else if (which == QLatin1String("informationTexts"))
+        got = CZOSMessageBox::information(nullptr, title, text, a, b, c, 0, 2);
+    else if (which == QLatin1String("questionTexts"))
+        got = CZOSMessageBox::question(nullptr, title, text, a, b, c, 0, 2);
+    else if (which == QLatin1String("warningTexts"))
+        got = CZOSMessageBox::warning(nullptr, title, text, a, b, c, 0, 2);
+
+    QCOMPARE(got, result);
+    QVERIFY(seen.shown);
+    QCOMPARE(seen.title, title);
+    QVERIFY(!seen.canClose);
+    QCOMPARE(seen.cursor, Qt::ArrowCursor);
+    QCOMPARE(seen.parent, visibleParentOnly ? nullptr : static_cast<QWidget *>(&hidden));
+    QVERIFY(!QGuiApplication::overrideCursor());
+}
+
+QTEST_MAIN(TestCZOSErrorHandler)
+#include "tst_czoserrorhandler.moc"
