@@ -11,6 +11,14 @@
 
 Q_DECLARE_METATYPE(tag_estatus)
 
+namespace QTest {
+template<>
+char *toString(const tag_estatus &status)
+{
+    return qstrdup(QByteArray::number(int(status)).constData());
+}
+} // namespace QTest
+
 class TestCPLSection : public QObject
 {
     Q_OBJECT

@@ -1,0 +1,531 @@
+// Click-info, sequence, camera-info, settings and label records on disk.
+#include "cplcamerainfo.h"
+#include "cplclickinfo.h"
+#include "cpllabeldataset.h"
+#include "cplpreferencekey.h"
+#include "cplpreferencekeylist.h"
+#include "cplsection.h"
+#include "cplsequenceinfo.h"
+#include "cplsettingsfilewrapper.h"
+#include "siasetupinfo.h"
+#include "zopath.h"
+
+#include <QDateTime>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QtTest>
+
+Q_DECLARE_METATYPE(tag_estatus)
+
+namespace QTest {
+template<>
+char *toString(const tag_estatus &status)
+{
+    return qstrdup(QByteArray::number(int(status)).constData());
+}
+} // namespace QTest
+
+namespace {
+
+bool sameSections(const CPLSectionList &a, const CPLSectionList &b)
+{
+    if (a.sectionCount() != b.sectionCount())
+        return false;
+    for (int i = 0; i < a.sectionCount(); ++i)
+        if (*a.sections().at(i) != *b.sections().at(i))
+            return false;
+    return true;
+}
+
+QByteArray readAll(const QString &path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+bool writeAll(const QString &path, const QByteArray &bytes)
+{
+    QFile f(path);
+    return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
+}
+
+} // namespace
+
+class TestCPLRecords : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+
+    void clickInfoRoundTrip();
+    void clickInfoBuildersReportBadArguments();
+    void addSectionReplacesByName();
+    void lineEndsReadAlike_data();
+    void lineEndsReadAlike();
+    void sequenceRoundTrip_data();
+    void sequenceRoundTrip();
+    void sequenceWithMissingClickNumberIsCorrupt();
+    void cameraInfo();
+    void settingsTypedReads();
+    void labelSetAndKeyListRoundTrip();
+    void keyListLoadsByName();
+    void setupDefaults();
+    void setupRoundTripPerKind_data();
+    void setupRoundTripPerKind();
+    void badFiles_data();
+    void badFiles();
+    void largeFileOfGarbage();
+    void failedSaveLeavesFileAlone();
+    void pathsFollowDataRoot();
+
+private:
+    QTemporaryDir m_root;
+    QString m_dir;
+};
+
+void TestCPLRecords::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    QVERIFY(m_root.isValid());
+    qputenv("ZO_DATA_ROOT", m_root.path().toLocal8Bit());
+}
+
+void TestCPLRecords::init()
+{
+    static int n = 0;
+    m_dir = m_root.filePath(QString::number(++n));
+    QVERIFY(QDir().mkpath(m_dir));
+}
+
+void TestCPLRecords::clickInfoRoundTrip()
+{
+    CPLClickInfo info;
+    info.setClickNumber(QStringLiteral("AB20260101120000"));
+    QCOMPARE(info.addTiffClickNumberSection(1, false, QStringLiteral("4.7.2")), ES_SUCCESS);
+    QCOMPARE(info.appendUserSpecificSections(CPLClickInfo::UserInputSection), ES_SUCCESS);
+    QCOMPARE(info.appendAnalysisUserInputSection(), ES_SUCCESS);
+    sIASetupInfo setup;
+    setup.exposureTime = 60;
+    setup.demandTemperature = QStringLiteral("-90");
+    QCOMPARE(info.addImageSection(QStringLiteral("luminescent.TIF"), QString(), IT_LUMINESCENT, &setup, false), ES_SUCCESS);
+    QCOMPARE(info.addImageSection(QStringLiteral("photograph.TIF"), QStringLiteral("note"), IT_PHOTOGRAPH, &setup, false), ES_SUCCESS);
+    auto *camera = new CPLSection(QStringLiteral("Camera System Info"));
+    camera->setValue(QStringLiteral("Shelf Position A FF5 f/2 Coefs"), QStringLiteral("1.0,0.0,0.0"));
+    camera->setValue(QStringLiteral("Defect Map"), QStringLiteral("12 40\n13 41"));
+    QCOMPARE(info.addSection(camera), ES_SUCCESS);
+    info.getSection(QStringLiteral("User Input"))->setValue(QStringLiteral("Group"), QStringLiteral("Study: 4\tB"));
+
+    const QString path = m_dir + QStringLiteral("/ClickInfo.txt");
+    QCOMPARE(info.saveClickInfo(path), ES_SUCCESS);
+    const QByteArray bytes = readAll(path);
+    QVERIFY(bytes.startsWith("*** ClickNumber:\r\n"));
+    QCOMPARE(bytes.count('\n'), bytes.count("\r\n"));
+
+    CPLClickInfo back;
+    QCOMPARE(back.loadClickInfo(path), ES_SUCCESS);
+    QCOMPARE(back.getClickNumber(), info.getClickNumber());
+    QVERIFY(sameSections(back, info));
+    QCOMPARE(back.sections().at(3)->name(), QStringLiteral("luminescent image"));
+
+    // Background search reads these keys from an image section.
+    const CPLSection *lumin = back.getSection(QStringLiteral("luminescent image"));
+    QCOMPARE(lumin->value(QStringLiteral("Exposure Time")), QStringLiteral("60 sec"));
+    QCOMPARE(lumin->value(QStringLiteral("Demand Temperature")), QStringLiteral("-90"));
+    QCOMPARE(lumin->value(QStringLiteral("File Name")), QStringLiteral("luminescent.TIF"));
+    QCOMPARE(back.getSection(QStringLiteral("User Input"))->keys().size(), 16);
+
+    // Copies are deep.
+    CPLClickInfo copy = back;
+    copy.getSection(QStringLiteral("Camera System Info"))->setValue(QStringLiteral("x"), QStringLiteral("y"));
+    QVERIFY(!back.getSection(QStringLiteral("Camera System Info"))->hasKey(QStringLiteral("x")));
+}
+
+void TestCPLRecords::clickInfoBuildersReportBadArguments()
+{
+    CPLClickInfo info;
+    QCOMPARE(info.addTiffClickNumberSection(1, true, QString()), ES_NO_CLICKNUMBERS);
+    sIASetupInfo setup;
+    QCOMPARE(info.addImageSection(QStringLiteral("a.TIF"), QString(), IT_LUMINESCENT, nullptr, true), ES_INVALID_POINTER);
+    QCOMPARE(info.addImageSection(QStringLiteral("a.TIF"), QString(), tag_eimagetype(IT_IMAGETYPE_COUNT), &setup, true), ES_WRONG_IMAGE_TYPE);
+    QCOMPARE(info.addImageSection(QStringLiteral("a.TIF"), QString(), IT_XRAY, &setup, false), ES_SUCCESS);
+    QCOMPARE(info.addImageSection(QStringLiteral("b.TIF"), QString(), IT_XRAY, &setup, false), ES_ALREADY_PRESENT);
+    QCOMPARE(info.getSection(QStringLiteral("x-ray image"))->value(QStringLiteral("File Name")), QStringLiteral("a.TIF"));
+    QCOMPARE(info.addImageSection(QStringLiteral("b.TIF"), QString(), IT_XRAY, &setup, true), ES_SUCCESS);
+    QCOMPARE(info.getSection(QStringLiteral("x-ray image"))->value(QStringLiteral("File Name")), QStringLiteral("b.TIF"));
+    QCOMPARE(info.sectionCount(), 1);
+    QCOMPARE(info.appendUserSpecificSections(0x2), ES_INVALID_INPUT);
+    QCOMPARE(info.sectionCount(), 1);
+    QCOMPARE(info.addSection(nullptr), ES_INVALID_POINTER);
+}
+
+void TestCPLRecords::addSectionReplacesByName()
+{
+    CPLSequenceInfo list;
+    list.addSection(new CPLSection(QStringLiteral("A")));
+    list.addSection(new CPLSection(QStringLiteral("B")));
+    auto *newer = new CPLSection(QStringLiteral("A"));
+    newer->setValue(QStringLiteral("k"), QStringLiteral("v"));
+    QCOMPARE(list.addSection(newer), ES_SUCCESS);
+    QCOMPARE(list.sectionCount(), 2);
+    QCOMPARE(list.sections().first(), newer);
+    QCOMPARE(list.addSection(newer), ES_SUCCESS); // already held: kept, not deleted
+    QCOMPARE(list.getSection(QStringLiteral("A"))->value(QStringLiteral("k")), QStringLiteral("v"));
+    QVERIFY(list.removeSection(QStringLiteral("A")));
+    QCOMPARE(list.getSection(QStringLiteral("A")), nullptr);
+}
+
+void TestCPLRecords::lineEndsReadAlike_data()
+{
+    QTest::addColumn<QByteArray>("eol");
+    QTest::newRow("CRLF") << QByteArray("\r\n");
+    QTest::newRow("LF") << QByteArray("\n");
+    QTest::newRow("CR") << QByteArray("\r");
+}
+
+void TestCPLRecords::lineEndsReadAlike()
+{
+    QFETCH(QByteArray, eol);
+    QByteArray text("*** ClickNumber:@ClickNumber:\tAB1@@*** luminescent image:\tfirst@Exposure Time:\t0.5 sec@"
+                    "Comment:\tone@\ttwo@@@*** Camera System Info:@Data Multiplier:\t10@");
+    text.replace('@', eol);
+    const QString path = m_dir + QStringLiteral("/ClickInfo.txt");
+    QVERIFY(writeAll(path, text));
+
+    CPLClickInfo info;
+    QCOMPARE(info.loadClickInfo(path), ES_SUCCESS);
+    QCOMPARE(info.getClickNumber(), QStringLiteral("AB1"));
+    QCOMPARE(info.sectionCount(), 3);
+    const CPLSection *s = info.sections().at(1);
+    QCOMPARE(s->comment(), QStringLiteral("first"));
+    QCOMPARE(s->keys(), (QStringList{"Exposure Time", "Comment"}));
+    QCOMPARE(s->value(QStringLiteral("Comment")), QStringLiteral("one\ntwo"));
+    int multiplier = 0;
+    QCOMPARE(info.getSection(QStringLiteral("Camera System Info"))->getIntValue(QStringLiteral("Data Multiplier"), multiplier), ES_SUCCESS);
+    QCOMPARE(multiplier, 10);
+}
+
+void TestCPLRecords::sequenceRoundTrip_data()
+{
+    QTest::addColumn<QStringList>("clicks");
+    QTest::newRow("none") << QStringList();
+    QTest::newRow("three") << QStringList{"AB20260101120000", "AB20260101120100", "odd: name"};
+}
+
+void TestCPLRecords::sequenceRoundTrip()
+{
+    QFETCH(QStringList, clicks);
+    CPLSequenceInfo seq;
+    seq.addClickNumber(QStringLiteral("dropped"));
+    seq.clearSequenceList();
+    for (const QString &c : clicks)
+        QCOMPARE(seq.addClickNumber(c), ES_SUCCESS);
+    QCOMPARE(seq.addClickNumber(QString()), ES_INVALID_INPUT);
+    QCOMPARE(seq.addSequenceNumberSection(QStringLiteral("4.7.2")), ES_SUCCESS);
+    QCOMPARE(seq.appendUserSpecificSections(1), ES_SUCCESS);
+    QCOMPARE(seq.sectionCount(), 2);
+
+    const QString path = m_dir + QStringLiteral("/SequenceInfo.txt");
+    QCOMPARE(seq.saveSequenceInfo(path), ES_SUCCESS);
+    CPLSequenceInfo back;
+    back.addClickNumber(QStringLiteral("stale"));
+    QCOMPARE(back.loadSequenceInfo(path), ES_SUCCESS);
+    QCOMPARE(back.getClickNumbers(), clicks);
+    QVERIFY(sameSections(back, seq));
+}
+
+void TestCPLRecords::sequenceWithMissingClickNumberIsCorrupt()
+{
+    const QString path = m_dir + QStringLiteral("/SequenceInfo.txt");
+    QVERIFY(writeAll(path, "*** Sequence:\nClickNumbers in Sequence:\t2\nClickNumber 1:\tA\n"));
+    CPLSequenceInfo seq;
+    QCOMPARE(seq.loadSequenceInfo(path), ES_CORRUPT_FILE);
+    QVERIFY(seq.getClickNumbers().isEmpty());
+    QVERIFY(writeAll(path, "\r\n\r\n"));
+    QCOMPARE(seq.loadSequenceInfo(path), ES_NO_SEQINFO_SECTIONS);
+}
+
+void TestCPLRecords::cameraInfo()
+{
+    const QString path = m_dir + QStringLiteral("/CameraInfo.txt");
+    QVERIFY(writeAll(path, "*** Other:\nx:\t1\n\n*** Camera System Info:\nCamera System Info:\tAndor iKon\n"));
+    CPLCameraInfo camera;
+    QCOMPARE(camera.loadCameraInfo(path), ES_SUCCESS);
+    QVERIFY(camera.getCameraSystemInfoSection());
+    QCOMPARE(camera.getCameraSystemInfoSection()->value(QStringLiteral("Camera System Info")), QStringLiteral("Andor iKon"));
+
+    CPLCameraInfo copy;
+    QCOMPARE(camera.saveCameraInfo(path), ES_SUCCESS);
+    QCOMPARE(copy.loadCameraInfo(path), ES_SUCCESS);
+    QVERIFY(sameSections(copy, camera));
+
+    QVERIFY(writeAll(path, "*** Other:\nx:\t1\n"));
+    QCOMPARE(camera.loadCameraInfo(path), ES_SYSTEM_CONFIG_NOT_FOUND);
+    QCOMPARE(camera.getCameraSystemInfoSection(), nullptr);
+    QCOMPARE(camera.sectionCount(), 1);
+}
+
+void TestCPLRecords::settingsTypedReads()
+{
+    // A profile file as the user preferences write it.
+    const QString path = m_dir + QStringLiteral("/AB.txt");
+    QVERIFY(writeAll(path, "*** User Input:\t(User Profile)\r\nUser ID:\tAB\r\nAuto-Save datasets:\tno\r\n\r\n"
+                           "*** User Label Name Set:\tZolvane Universal\r\nUser:\tAB\r\n\r\n"
+                           "*** 3D View Preferences:\r\n2D Text Size:\t8\r\n3D View Background Solid Color:\t50 152 255\r\n"
+                           "Lumin Reverse Checkbox:\t1\r\nScale:\t0.25\r\n\r\n"));
+    CPLSettingsFileWrapper prefs;
+    QCOMPARE(prefs.load(path), ES_SUCCESS);
+    QCOMPARE(prefs.sectionCount(), 3);
+    QCOMPARE(prefs.getSection(QStringLiteral("User Input"))->comment(), QStringLiteral("(User Profile)"));
+
+    const QString view = QStringLiteral("3D View Preferences");
+    int size = 0;
+    bool reverse = false;
+    double scale = 0;
+    QString colour;
+    QCOMPARE(prefs.getIntValue(view, QStringLiteral("2D Text Size"), size), ES_SUCCESS);
+    QCOMPARE(prefs.getBoolValue(view, QStringLiteral("Lumin Reverse Checkbox"), reverse), ES_SUCCESS);
+    QCOMPARE(prefs.getDoubleValue(view, QStringLiteral("Scale"), scale), ES_SUCCESS);
+    QCOMPARE(prefs.getValue(view, QStringLiteral("3D View Background Solid Color"), colour), ES_SUCCESS);
+    QCOMPARE(size, 8);
+    QVERIFY(reverse);
+    QCOMPARE(scale, 0.25);
+    QCOMPARE(colour, QStringLiteral("50 152 255"));
+
+    int untouched = 5;
+    QCOMPARE(prefs.getIntValue(view, QStringLiteral("3D View Background Solid Color"), untouched), ES_INVALID_DATA_TYPE);
+    QCOMPARE(prefs.getIntValue(view, QStringLiteral("3D Text Size"), untouched), ES_SECTION_KEY_NOT_FOUND);
+    QCOMPARE(prefs.getIntValue(QStringLiteral("No Such Section"), QStringLiteral("2D Text Size"), untouched), ES_SECTION_KEY_NOT_FOUND);
+    QCOMPARE(untouched, 5);
+
+    prefs.clear();
+    QCOMPARE(prefs.sectionCount(), 0);
+    QCOMPARE(prefs.getIntValue(view, QStringLiteral("2D Text Size"), untouched), ES_SECTION_KEY_NOT_FOUND);
+}
+
+void TestCPLRecords::labelSetAndKeyListRoundTrip()
+{
+    const QStringList labels{"User", "Group", "Comment: free"};
+    CPLLabelDataSet set(QStringLiteral("Zolvane Universal"), labels);
+    QString text;
+    QCOMPARE(set.saveData(text), ES_SUCCESS);
+    CPLLabelDataSet setBack;
+    QCOMPARE(setBack.loadData(text), ES_SUCCESS);
+    QCOMPARE(setBack.name(), set.name());
+    QStringList names;
+    QCOMPARE(setBack.getLabelData(&names), ES_SUCCESS);
+    QCOMPARE(names, labels);
+    QCOMPARE(setBack.getLabelData(nullptr), ES_INVALID_POINTER);
+
+    CPLPreferenceKeyList keys(labels.size());
+    keys[0]->setValue(QStringLiteral("AB"));
+    keys[2]->setValue(QStringLiteral("two\nlines"));
+    QString block;
+    QCOMPARE(keys.saveData(&set, &block), ES_SUCCESS);
+    QVERIFY(block.startsWith(QStringLiteral("*** User Label Name Set:\tZolvane Universal\r\n")));
+    QCOMPARE(keys.saveData(nullptr, &block), ES_INVALID_POINTER);
+
+    // The profile reader drops the header line before handing the block over.
+    const QString body = block.mid(block.indexOf(QLatin1Char('\n')) + 1);
+    for (const QString &given : {body, block}) {
+        CPLPreferenceKeyList back;
+        QCOMPARE(back.loadData(given, labels), ES_SUCCESS);
+        QCOMPARE(back.count(), 3);
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(*back[i], CPLPreferenceKey(labels.at(i), keys[i]->value()));
+    }
+
+    // A label set block must start with its header.
+    QCOMPARE(setBack.loadData(body), ES_FORMAT_CHAR_NOT_FOUND);
+    QCOMPARE(setBack.loadData(QStringLiteral("*** Other:\nUser:\t\n")), ES_HEADER_NOT_FOUND);
+    QCOMPARE(setBack.name(), set.name());
+}
+
+void TestCPLRecords::keyListLoadsByName()
+{
+    CPLPreferenceKeyList list(1);
+    QCOMPARE(list.loadData(QStringLiteral("Group:\tG1\nUnknown:\tx\nUser:\tAB\n\n"), {"User", "Group", "Sex"}), ES_SUCCESS);
+    QCOMPARE(list.count(), 3);
+    QCOMPARE(list[0]->value(), QStringLiteral("AB"));
+    QCOMPARE(list.findKey(QStringLiteral("Group"))->value(), QStringLiteral("G1"));
+    QCOMPARE(list[2]->name(), QStringLiteral("Sex"));
+    QVERIFY(list[2]->value().isEmpty());
+    QCOMPARE(list[3], nullptr);
+    QCOMPARE(list.findKey(QStringLiteral("Unknown")), nullptr);
+    QCOMPARE(list.loadData(QStringLiteral("User AB\n"), {"User"}), ES_FORMAT_CHAR_NOT_FOUND);
+    QCOMPARE(list.count(), 1);
+}
+
+void TestCPLRecords::setupDefaults()
+{
+    const qint64 before = QDateTime::currentSecsSinceEpoch();
+    sIASetupInfo s;
+    QVERIFY(s.timeStamp >= before && s.timeStamp <= QDateTime::currentSecsSinceEpoch());
+    QCOMPARE(s.exposureTime, 0.0);
+    QCOMPARE(s.binningFactor, 1);
+    QVERIFY(s.demandTemperature.isEmpty());
+    QCOMPARE(s.excitationFilter, QStringLiteral("Block"));
+    QCOMPARE(s.emissionFilter, QStringLiteral("Open"));
+    QCOMPARE(s.fluorescenceLevel, QStringLiteral("High"));
+    QCOMPARE(s.lumFStop, QStringLiteral("2"));
+    QCOMPARE(s.photoFStop, QStringLiteral("8"));
+    QCOMPARE(s.xrayFStop, QStringLiteral("8"));
+    QCOMPARE(s.positionName, QStringLiteral("Load"));
+    QCOMPARE(s.xrayTubeFilter, QStringLiteral("out"));
+    QCOMPARE(s.photoBinning, 1);
+    QCOMPARE(s.xrayBinning, 1);
+    QCOMPARE(s.fov, 0.0);
+    QCOMPARE(s.subjectHeight, 1.5);
+    QCOMPARE(s.zoomFactor, 1.0f);
+    QCOMPARE(s.ccdTemperature, -1.0);
+}
+
+void TestCPLRecords::setupRoundTripPerKind_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::newRow("luminescent") << int(IT_LUMINESCENT);
+    QTest::newRow("photograph") << int(IT_PHOTOGRAPH);
+    QTest::newRow("x-ray") << int(IT_XRAY);
+}
+
+void TestCPLRecords::setupRoundTripPerKind()
+{
+    QFETCH(int, type);
+    sIASetupInfo s;
+    s.exposureTime = 0.1;
+    s.photoExposureTime = 0.02;
+    s.xrayExposureTime = 3.5;
+    s.binningFactor = 8;
+    s.photoBinning = 2;
+    s.xrayBinning = 4;
+    s.demandTemperature = QStringLiteral("-90");
+    s.emissionFilter = QStringLiteral("620");
+    s.photoFStop = QStringLiteral("16");
+    s.xrayTubeVoltage = 35.5;
+    s.fov = 12.6;
+    s.imagingAngle = -22.5;
+    s.positionName = QStringLiteral("Shelf B");
+    s.exposureUnits = QStringLiteral("min");
+    s.zoomFactor = 1.25f;
+    s.timeStamp = Q_INT64_C(5000000000); // past 2038
+
+    CPLSection section(QStringLiteral("image"));
+    QCOMPARE(s.writeToSection(&section, tag_eimagetype(type)), ES_SUCCESS);
+    QString text;
+    section.saveSectionData(text);
+    std::unique_ptr<CPLSection> back(CPLClickInfo::parseSectionFromBuffer(text));
+    QVERIFY(back);
+
+    sIASetupInfo r;
+    QCOMPARE(r.readFromSection(*back, tag_eimagetype(type)), ES_SUCCESS);
+    QCOMPARE(r.fov, s.fov);
+    QCOMPARE(r.imagingAngle, s.imagingAngle);
+    QCOMPARE(r.positionName, s.positionName);
+    QCOMPARE(r.exposureUnits, s.exposureUnits);
+    QCOMPARE(r.zoomFactor, s.zoomFactor);
+    QCOMPARE(r.timeStamp, s.timeStamp);
+    switch (type) {
+    case IT_PHOTOGRAPH:
+        QCOMPARE(r.photoExposureTime, s.photoExposureTime);
+        QCOMPARE(r.photoBinning, s.photoBinning);
+        QCOMPARE(r.photoFStop, s.photoFStop);
+        QCOMPARE(r.exposureTime, 0.0); // other kinds' members are not touched
+        break;
+    case IT_XRAY:
+        QCOMPARE(r.xrayExposureTime, s.xrayExposureTime);
+        QCOMPARE(r.xrayBinning, s.xrayBinning);
+        QCOMPARE(r.xrayTubeVoltage, s.xrayTubeVoltage);
+        break;
+    default:
+        QCOMPARE(r.exposureTime, s.exposureTime);
+        QCOMPARE(r.binningFactor, s.binningFactor);
+        QCOMPARE(r.demandTemperature, s.demandTemperature);
+        QCOMPARE(r.emissionFilter, s.emissionFilter);
+        QCOMPARE(back->value(QStringLiteral("Exposure Time")), QStringLiteral("0.1 min"));
+        break;
+    }
+
+    back->setValue(QStringLiteral("Field of View"), QStringLiteral("wide"));
+    r.fov = 7;
+    QCOMPARE(r.readFromSection(*back, tag_eimagetype(type)), ES_INVALID_DATA_TYPE);
+    QCOMPARE(r.fov, 7.0);
+    QCOMPARE(r.imagingAngle, s.imagingAngle);
+    QCOMPARE(s.writeToSection(nullptr, IT_LUMINESCENT), ES_INVALID_POINTER);
+}
+
+void TestCPLRecords::badFiles_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<tag_estatus>("status");
+    QTest::addColumn<int>("sectionsKept");
+    QTest::newRow("empty") << QByteArray() << ES_NO_CLICKINFO_SECTIONS << 0;
+    QTest::newRow("truncated in a key") << QByteArray("*** A:\r\nk:\tv\r\n\r\n*** B:\r\nExposure Ti") << ES_FORMAT_CHAR_NOT_FOUND << 1;
+    QTest::newRow("truncated in a value") << QByteArray("*** A:\r\nk:\tv\r\n\r\n*** B:\r\nExposure Time:\t6") << ES_SUCCESS << 2;
+    QTest::newRow("header without colon") << QByteArray("*** A\r\nk:\tv\r\n") << ES_FORMAT_CHAR_NOT_FOUND << 0;
+    QTest::newRow("line without tab") << QByteArray("*** A:\r\nk:\tv\r\n\r\n*** B:\r\nk v\r\n") << ES_FORMAT_CHAR_NOT_FOUND << 1;
+    QTest::newRow("Latin-1 bytes") << QByteArray("*** A:\nT:\t-90 \xb0" "C\n") << ES_SUCCESS << 1;
+    QByteArray garbage(4096, '\0');
+    for (char &c : garbage)
+        c = char(QRandomGenerator::global()->bounded(256));
+    QTest::newRow("binary") << garbage << ES_FORMAT_CHAR_NOT_FOUND << 0;
+}
+
+void TestCPLRecords::badFiles()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(tag_estatus, status);
+    QFETCH(int, sectionsKept);
+    const QString path = m_dir + QStringLiteral("/ClickInfo.txt");
+    QVERIFY(writeAll(path, bytes));
+    CPLClickInfo info;
+    QCOMPARE(info.loadClickInfo(path), status);
+    QCOMPARE(info.sectionCount(), sectionsKept);
+    if (QTest::currentDataTag() == QByteArrayLiteral("Latin-1 bytes"))
+        QCOMPARE(info.sections().first()->value(QStringLiteral("T")), QStringLiteral("-90 °C"));
+
+    QCOMPARE(info.loadClickInfo(m_dir + QStringLiteral("/missing.txt")), ES_FILE_NOT_FOUND);
+    QCOMPARE(info.loadClickInfo(m_dir), ES_OPEN_FAILED);
+}
+
+void TestCPLRecords::largeFileOfGarbage()
+{
+    // 50 MB: one valid section, then lines that break the grammar.
+    const QString path = m_dir + QStringLiteral("/big.txt");
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write("*** A:\r\nk:\tv\r\n\r\n");
+    const QByteArray chunk(1024 * 1024, 'x');
+    for (int i = 0; i < 50; ++i)
+        QCOMPARE(f.write(chunk), chunk.size());
+    f.close();
+    CPLSettingsFileWrapper settings;
+    QCOMPARE(settings.load(path), ES_FORMAT_CHAR_NOT_FOUND);
+    QCOMPARE(settings.sectionCount(), 1);
+}
+
+void TestCPLRecords::failedSaveLeavesFileAlone()
+{
+    const QString path = m_dir + QStringLiteral("/ClickInfo.txt");
+    QVERIFY(writeAll(path, "old"));
+    CPLClickInfo info;
+    info.addSection(new CPLSection(QStringLiteral("fine")));
+    info.addSection(new CPLSection(QStringLiteral("two\nlines")));
+    QCOMPARE(info.saveClickInfo(path), ES_INVALID_ARGUMENT);
+    QCOMPARE(readAll(path), QByteArray("old"));
+    QVERIFY(info.removeSection(QStringLiteral("two\nlines")));
+    QCOMPARE(info.saveClickInfo(m_dir + QStringLiteral("/no/such/folder/ClickInfo.txt")), ES_OPEN_FAILED);
+}
+
+void TestCPLRecords::pathsFollowDataRoot()
+{
+    const QString app = getZOPath(ZO_PATH_APPDATA);
+    QCOMPARE(app, QDir::fromNativeSeparators(m_root.path()) + QLatin1Char('/'));
+    const QString probes = getZOPath(ZO_PATH_PROBES, true, nullptr);
+    QCOMPARE(probes, app + QStringLiteral("Probes/"));
+    QVERIFY(QDir(probes).exists());
+    QVERIFY(getZOPath(3).isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestCPLRecords)
+#include "tst_cplrecords.moc"
