@@ -5,7 +5,7 @@
 #include "zouserstats.h"
 
 #include <QCoreApplication>
-#include <QDate>
+#include <QDateTime>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QLocale>
@@ -249,11 +249,12 @@ void CZOSLog::log(QString message, QString file, int line, QString time, long ty
 
 QString CZOSLog::currentTimeText()
 {
-    const QTime now = QTime::currentTime();
-    const int second = now.msecsSinceStartOfDay() / 1000;
+    // Local time costs a time-zone look-up (file system calls) every time;
+    // the text can only change when the UTC second does.
+    const qint64 second = QDateTime::currentMSecsSinceEpoch() / 1000;
     if (second != m_nTimeTextSecond) {
         m_nTimeTextSecond = second;
-        m_strTimeText = now.toString(m_strTimeFormat);
+        m_strTimeText = QTime::currentTime().toString(m_strTimeFormat);
     }
     return m_strTimeText;
 }

@@ -123,7 +123,7 @@ private:
     int m_nMessages = 0;
     // The short time text changes at most once a second; keep the last one.
     QString m_strTimeFormat;
-    int m_nTimeTextSecond = -1;
+    qint64 m_nTimeTextSecond = -1; // UTC seconds since the epoch
     QString m_strTimeText;
 };
 
