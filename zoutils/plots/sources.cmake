@@ -1,0 +1,4 @@
+list(APPEND ZO_UTILS_SOURCES
+  plots/zosplotdefs.h
+  plots/zosplotscale.h plots/zosplotscale.cpp
+)
