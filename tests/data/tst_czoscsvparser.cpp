@@ -1,0 +1,359 @@
+#include "czoscsvparser.h"
+#include "czoslog.h"
+
+#include <QtTest>
+
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTextStream>
+
+namespace {
+
+const QStringList kHeader{QStringLiteral("id"), QStringLiteral("name"), QStringLiteral("value")};
+
+// Empty lines, a row with an empty cell, a "\n" line end and a trailing comma.
+const QByteArray kMixed = "id,name,value\r\n1,a,10\r\n\r\n2,,20\r\n1,c,30\n3,d,";
+const QByteArray kMixedClean = "id,name,value\r\n1,a,10\r\n2,,20\r\n1,c,30\r\n3,d,\r\n";
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+} // namespace
+
+class TestCSVParser : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void headerCheck_data();
+    void headerCheck();
+    void appendedRowsHaveNoFinalLineEnd();
+    void changes_data();
+    void changes();
+    void getCSVColumnValue_data();
+    void getCSVColumnValue();
+    void getCSVRowNumber_data();
+    void getCSVRowNumber();
+    void readingLeavesFileAndStreamAlone();
+    void outputStreamTextIsKept();
+    void longLines_data();
+    void longLines();
+    void fileThatCannotOpen();
+    void copiesHaveNoFile();
+
+private:
+    QString path(const QString &name = QStringLiteral("table.csv")) const { return m_pDir->filePath(name); }
+    QScopedPointer<QTemporaryDir> m_pDir;
+    QTemporaryDir m_root;
+};
+
+void TestCSVParser::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    QVERIFY(m_root.isValid());
+    qputenv("ZO_DATA_ROOT", m_root.path().toUtf8());
+}
+
+void TestCSVParser::init()
+{
+    m_pDir.reset(new QTemporaryDir(m_root.filePath("XXXXXX")));
+    QVERIFY(m_pDir->isValid());
+}
+
+void TestCSVParser::cleanup()
+{
+    m_pDir.reset();
+}
+
+void TestCSVParser::headerCheck_data()
+{
+    QTest::addColumn<bool>("exists");
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<QStringList>("header");
+    QTest::addColumn<QByteArray>("after");
+
+    QTest::newRow("new file") << false << QByteArray() << kHeader << QByteArray("id,name,value\r\n");
+    QTest::newRow("empty file") << true << QByteArray() << kHeader << QByteArray("id,name,value\r\n");
+    QTest::newRow("only empty lines") << true << QByteArray("\r\n\n\r\n") << kHeader
+                                      << QByteArray("id,name,value\r\n");
+    QTest::newRow("only empty lines, one-name header")
+        << true << QByteArray("\n\n") << QStringList{"id"} << QByteArray("id\r\n");
+    QTest::newRow("wider first line kept") << true << QByteArray("w,x,y,z\n1,2\n\n") << kHeader
+                                           << QByteArray("w,x,y,z\n1,2\n\n");
+    QTest::newRow("same width, other names kept") << true << QByteArray("p,q,r\r\n\r\n1") << kHeader
+                                                  << QByteArray("p,q,r\r\n\r\n1");
+    QTest::newRow("trailing commas count") << true << QByteArray("a,,\r\n") << kHeader << QByteArray("a,,\r\n");
+    QTest::newRow("narrower first line replaced")
+        << true << QByteArray("id,name\r\n1,a,10\r\n\r\n2,b,20") << kHeader
+        << QByteArray("id,name,value\r\n1,a,10\r\n2,b,20\r\n");
+    QTest::newRow("empty first line replaced") << true << QByteArray("\r\nx,y,z\n") << kHeader
+                                               << QByteArray("id,name,value\r\nx,y,z\r\n");
+    QTest::newRow("no header asked") << true << QByteArray("junk\n\n") << QStringList() << QByteArray("junk\n\n");
+}
+
+void TestCSVParser::headerCheck()
+{
+    QFETCH(bool, exists);
+    QFETCH(QByteArray, before);
+    QFETCH(QStringList, header);
+    QFETCH(QByteArray, after);
+    if (exists)
+        QVERIFY(writeFile(path(), before));
+    {
+        CZOSCSVParser parser(path(), header);
+        QVERIFY(parser.getOutputStream());
+        QCOMPARE(readFile(path()), after);
+    }
+    QCOMPARE(readFile(path()), after);
+}
+
+void TestCSVParser::appendedRowsHaveNoFinalLineEnd()
+{
+    CZOSCSVParser parser(path(), kHeader);
+    const struct {
+        QStringList fields;
+        QByteArray after;
+    } steps[] = {
+        {{"1", "a", "10"}, "id,name,value\r\n1,a,10"},
+        {{"2", "b", "20"}, "id,name,value\r\n1,a,10\r\n2,b,20"},
+        {{}, "id,name,value\r\n1,a,10\r\n2,b,20\r\n"},
+        {{"3", "", "30"}, "id,name,value\r\n1,a,10\r\n2,b,20\r\n3,,30"},
+    };
+    int rows = 1;
+    for (const auto &step : steps) {
+        QCOMPARE(parser.addRow(step.fields), ES_SUCCESS);
+        QCOMPARE(readFile(path()), step.after);
+        if (!step.fields.isEmpty())
+            ++rows;
+        QCOMPARE(parser.getNumRows(), rows);
+    }
+    QCOMPARE(parser.getCSVRowNumber("3"), 3);
+}
+
+void TestCSVParser::changes_data()
+{
+    QTest::addColumn<QString>("operation");
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("after");
+
+    QTest::newRow("remove both rows of a key") << "remove" << QStringList{"1"}
+                                               << QByteArray("id,name,value\r\n2,,20\r\n3,d,\r\n");
+    QTest::newRow("remove the header by its key") << "remove" << QStringList{"id"}
+                                                  << QByteArray("1,a,10\r\n2,,20\r\n1,c,30\r\n3,d,\r\n");
+    QTest::newRow("remove is case-sensitive") << "remove" << QStringList{"ID"} << kMixedClean;
+    QTest::newRow("remove a missing key tidies only") << "remove" << QStringList{"9"} << kMixedClean;
+    QTest::newRow("remove by whole first field") << "remove" << QStringList{"1,a"} << kMixedClean;
+    QTest::newRow("set a cell") << "set" << QStringList{"1", "2", "11"}
+                                << QByteArray("id,name,value\r\n1,a,11\r\n2,,20\r\n1,c,30\r\n3,d,\r\n");
+    QTest::newRow("set the header") << "set" << QStringList{"0", "0", "key"}
+                                    << QByteArray("key,name,value\r\n1,a,10\r\n2,,20\r\n1,c,30\r\n3,d,\r\n");
+    QTest::newRow("set counts non-empty cells") << "set" << QStringList{"2", "1", "x"}
+                                                << QByteArray("id,name,value\r\n1,a,10\r\n2,x\r\n1,c,30\r\n3,d,\r\n");
+    QTest::newRow("set drops a trailing comma") << "set" << QStringList{"4", "0", "4"}
+                                                << QByteArray("id,name,value\r\n1,a,10\r\n2,,20\r\n1,c,30\r\n4,d\r\n");
+    QTest::newRow("set to an empty text") << "set" << QStringList{"3", "1", ""}
+                                          << QByteArray("id,name,value\r\n1,a,10\r\n2,,20\r\n1,,30\r\n3,d,\r\n");
+    QTest::newRow("set beyond the cells changes nothing") << "set" << QStringList{"2", "2", "x"} << kMixedClean;
+    QTest::newRow("set beyond the rows changes nothing") << "set" << QStringList{"5", "0", "x"} << kMixedClean;
+    QTest::newRow("set a negative row changes nothing") << "set" << QStringList{"-1", "0", "x"} << kMixedClean;
+    QTest::newRow("set a negative column changes nothing") << "set" << QStringList{"1", "-1", "x"} << kMixedClean;
+    QTest::newRow("add to a file ending without line end")
+        << "add" << QStringList{"4", "e", "40"} << kMixedClean + "4,e,40";
+}
+
+void TestCSVParser::changes()
+{
+    QFETCH(QString, operation);
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, after);
+    QVERIFY(writeFile(path(), kMixed));
+
+    CZOSCSVParser parser(path(), kHeader);
+    QCOMPARE(readFile(path()), kMixed); // its header fits: nothing rewritten yet
+    tag_estatus status = ES_WRONG_INFORMATION;
+    if (operation == "remove")
+        status = parser.removeRow(arguments.at(0));
+    else if (operation == "set")
+        status = parser.setCSVColumnValue(arguments.at(0).toInt(), arguments.at(1).toInt(), arguments.at(2));
+    else
+        status = parser.addRow(arguments);
+    QCOMPARE(status, ES_SUCCESS);
+    QCOMPARE(readFile(path()), after);
+}
+
+void TestCSVParser::getCSVColumnValue_data()
+{
+    QTest::addColumn<int>("row");
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QString>("value");
+
+    QTest::newRow("header cell") << 0 << 0 << "id";
+    QTest::newRow("last cell") << 1 << 2 << "10";
+    QTest::newRow("empty lines are not rows") << 2 << 0 << "2";
+    QTest::newRow("an empty cell shifts the rest left") << 2 << 1 << "20";
+    QTest::newRow("the shifted-out column is empty") << 2 << 2 << "";
+    QTest::newRow("\\n line end") << 3 << 2 << "30";
+    QTest::newRow("trailing comma") << 4 << 1 << "d";
+    QTest::newRow("after a trailing comma") << 4 << 2 << "";
+    QTest::newRow("row past the end") << 5 << 0 << "";
+    QTest::newRow("negative row") << -1 << 0 << "";
+    QTest::newRow("negative column") << 1 << -1 << "";
+}
+
+void TestCSVParser::getCSVColumnValue()
+{
+    QFETCH(int, row);
+    QFETCH(int, column);
+    QFETCH(QString, value);
+    QVERIFY(writeFile(path(), kMixed));
+    CZOSCSVParser parser(path(), kHeader);
+    QCOMPARE(parser.getCSVColumnValue(row, column), value);
+    QCOMPARE(parser.getNumRows(), 5);
+}
+
+void TestCSVParser::getCSVRowNumber_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<int>("row");
+
+    QTest::newRow("header") << "id" << 0;
+    QTest::newRow("first of two") << "1" << 1;
+    QTest::newRow("after an empty line") << "2" << 2;
+    QTest::newRow("last row, no line end") << "3" << 4;
+    QTest::newRow("case-sensitive") << "ID" << -1;
+    QTest::newRow("whole field only") << "i" << -1;
+    QTest::newRow("empty key") << "" << -1;
+}
+
+void TestCSVParser::getCSVRowNumber()
+{
+    QFETCH(QString, key);
+    QFETCH(int, row);
+    QVERIFY(writeFile(path(), kMixed));
+    CZOSCSVParser parser(path(), kHeader);
+    QCOMPARE(parser.getCSVRowNumber(key), row);
+}
+
+void TestCSVParser::readingLeavesFileAndStreamAlone()
+{
+    QVERIFY(writeFile(path(), kMixed));
+    CZOSCSVParser parser(path(), kHeader);
+    QTextStream *stream = parser.getOutputStream();
+    QVERIFY(stream);
+    QVERIFY(stream->seek(7)); // a caller's own position, mid-header
+    QCOMPARE(parser.getNumRows(), 5);
+    QCOMPARE(stream->pos(), qint64(7));
+    QCOMPARE(parser.getCSVRowNumber("3"), 4);
+    QCOMPARE(stream->pos(), qint64(7));
+    QCOMPARE(parser.getCSVColumnValue(3, 1), QStringLiteral("c"));
+    QCOMPARE(stream->pos(), qint64(7));
+    QCOMPARE(readFile(path()), kMixed);
+}
+
+void TestCSVParser::outputStreamTextIsKept()
+{
+    CZOSCSVParser parser(path(), kHeader);
+    *parser.getOutputStream() << QStringLiteral("1,Größe,10\r\n");
+    // The change sees the caller's text, unflushed as it was.
+    QCOMPARE(parser.getCSVRowNumber("1"), 1);
+    QCOMPARE(parser.addRow({"2", "µ", "20"}), ES_SUCCESS);
+    QCOMPARE(readFile(path()), QByteArray("id,name,value\r\n1,Größe,10\r\n2,µ,20"));
+    QCOMPARE(parser.getCSVColumnValue(1, 1), QStringLiteral("Größe"));
+    QCOMPARE(parser.getCSVRowNumber(QStringLiteral("2")), 2);
+    QCOMPARE(parser.removeRow("1"), ES_SUCCESS);
+    QCOMPARE(readFile(path()), QByteArray("id,name,value\r\n2,µ,20\r\n"));
+}
+
+void TestCSVParser::longLines_data()
+{
+    QTest::addColumn<int>("length");
+    // Lines are read in 64 KiB blocks: put the line end on, before and after a block edge.
+    const int header = int(qstrlen("id,name,value\r\n"));
+    for (int offset : {-3, -2, -1, 0, 1})
+        QTest::newRow(qPrintable(QStringLiteral("edge %1").arg(offset))) << 65536 - header - 4 + offset;
+    QTest::newRow("several blocks") << 300000;
+}
+
+void TestCSVParser::longLines()
+{
+    QFETCH(int, length);
+    const QByteArray wide = "k," + QByteArray(length, 'x');
+    QVERIFY(writeFile(path(), "id,name,value\r\n" + wide + "\r\nlast,y,z\r\n"));
+    CZOSCSVParser parser(path(), kHeader);
+    QCOMPARE(parser.getNumRows(), 3);
+    QCOMPARE(parser.getCSVRowNumber("last"), 2);
+    QCOMPARE(parser.getCSVColumnValue(1, 1).size(), length);
+    QCOMPARE(parser.getCSVColumnValue(2, 2), QStringLiteral("z"));
+    QCOMPARE(parser.setCSVColumnValue(2, 1, "w"), ES_SUCCESS);
+    QCOMPARE(readFile(path()), "id,name,value\r\n" + wide + "\r\nlast,w,z\r\n");
+    QCOMPARE(parser.removeRow("k"), ES_SUCCESS);
+    QCOMPARE(readFile(path()), QByteArray("id,name,value\r\nlast,w,z\r\n"));
+}
+
+void TestCSVParser::fileThatCannotOpen()
+{
+    QCOMPARE(beginLog(QStringLiteral("Test")), 1);
+    QVERIFY(CZOSLogEventHandler::install());
+    QSignalSpy activity(getLogObject(), &CZOSLog::activityMessage);
+
+    const QString folder = m_pDir->path();
+    const QString noFolder = path("missing/table.csv");
+    for (const QString &name : {folder, noFolder}) {
+        CZOSCSVParser parser(name, kHeader);
+        QVERIFY(!parser.getOutputStream());
+        QCOMPARE(parser.addRow({"1"}), ES_FILE_OPERATION_FAILED);
+        QCOMPARE(parser.removeRow("1"), ES_FILE_OPERATION_FAILED);
+        QCOMPARE(parser.setCSVColumnValue(0, 0, "x"), ES_FILE_OPERATION_FAILED);
+        QCOMPARE(parser.getCSVColumnValue(0, 0), QString());
+        QCOMPARE(parser.getCSVRowNumber("id"), -1);
+        QCOMPARE(parser.getNumRows(), 0);
+    }
+    QVERIFY(!QFile::exists(noFolder));
+
+    QCoreApplication::processEvents();
+    QStringList messages;
+    for (const QList<QVariant> &entry : qAsConst(activity))
+        if (entry.at(1).toString() == QLatin1String("Error"))
+            messages << entry.at(2).toString();
+    QCOMPARE(messages, (QStringList{folder + " is already opened by another application. Please close it.",
+                                    noFolder + " is already opened by another application. Please close it."}));
+    CZOSLogEventHandler::uninstall();
+    closeLog();
+}
+
+void TestCSVParser::copiesHaveNoFile()
+{
+    QVERIFY(writeFile(path(), kMixed));
+    CZOSCSVParser parser(path(), kHeader);
+    CZOSCSVParser copy(parser);
+    QVERIFY(!copy.getOutputStream());
+    QCOMPARE(copy.addRow({"9"}), ES_INVALID_POINTER);
+    QCOMPARE(copy.removeRow("1"), ES_INVALID_POINTER);
+    QCOMPARE(copy.setCSVColumnValue(1, 1, "x"), ES_INVALID_POINTER);
+    QCOMPARE(copy.getNumRows(), 0);
+    QCOMPARE(copy.getCSVRowNumber("1"), -1);
+
+    // Assignment takes the header only; each keeps its own file.
+    CZOSCSVParser other(path("other.csv"), {"a", "b", "c", "d"});
+    other = parser;
+    QCOMPARE(other.addRow({"x"}), ES_SUCCESS);
+    QCOMPARE(readFile(path("other.csv")), QByteArray("a,b,c,d\r\nx"));
+    QCOMPARE(parser.getNumRows(), 5);
+    QCOMPARE(readFile(path()), kMixed);
+}
+
+QTEST_GUILESS_MAIN(TestCSVParser)
+#include "tst_czoscsvparser.moc"
