@@ -18,12 +18,41 @@ QStringList CPLSection::keys() const
     return out;
 }
 
+int CPLSection::indexOf(const QString &key) const
+{
+    if (m_vEntries.size() >= kIndexFrom)
+        return m_hIndex.value(key, -1);
+    for (int i = 0; i < m_vEntries.size(); ++i)
+        if (m_vEntries.at(i).key == key)
+            return i;
+    return -1;
+}
+
+void CPLSection::appendEntry(const QString &key, const QString &value)
+{
+    m_vEntries.append(Entry{key, value});
+    if (m_vEntries.size() == kIndexFrom)
+        rebuildIndex();
+    else if (m_vEntries.size() > kIndexFrom)
+        m_hIndex.insert(key, m_vEntries.size() - 1);
+}
+
+void CPLSection::rebuildIndex()
+{
+    m_hIndex.clear();
+    if (m_vEntries.size() < kIndexFrom)
+        return;
+    m_hIndex.reserve(m_vEntries.size());
+    for (int i = 0; i < m_vEntries.size(); ++i)
+        m_hIndex.insert(m_vEntries.at(i).key, i);
+}
+
 tag_estatus CPLSection::getValue(const QString &key, QString &value) const
 {
-    const auto it = m_hIndex.constFind(key);
-    if (it == m_hIndex.constEnd())
+    const int i = indexOf(key);
+    if (i < 0)
         return ES_SECTION_KEY_NOT_FOUND;
-    value = m_vEntries.at(it.value()).value;
+    value = m_vEntries.at(i).value;
     return ES_SUCCESS;
 }
 
@@ -68,13 +97,11 @@ tag_estatus CPLSection::setValue(const QString &key, const QString &value)
 {
     if (!isStorableKey(key))
         return ES_INVALID_ARGUMENT;
-    const auto it = m_hIndex.constFind(key);
-    if (it != m_hIndex.constEnd()) {
-        m_vEntries[it.value()].value = value;
-    } else {
-        m_hIndex.insert(key, m_vEntries.size());
-        m_vEntries.append(Entry{key, value});
-    }
+    const int i = indexOf(key);
+    if (i >= 0)
+        m_vEntries[i].value = value;
+    else
+        appendEntry(key, value);
     return ES_SUCCESS;
 }
 
@@ -95,14 +122,11 @@ tag_estatus CPLSection::setBoolValue(const QString &key, bool value)
 
 bool CPLSection::removeKey(const QString &key)
 {
-    const auto it = m_hIndex.find(key);
-    if (it == m_hIndex.end())
+    const int i = indexOf(key);
+    if (i < 0)
         return false;
-    const int pos = it.value();
-    m_hIndex.erase(it);
-    m_vEntries.remove(pos);
-    for (int i = pos; i < m_vEntries.size(); ++i)
-        m_hIndex[m_vEntries.at(i).key] = i;
+    m_vEntries.remove(i);
+    rebuildIndex();
     return true;
 }
 

@@ -48,7 +48,7 @@ public:
     QStringList keys() const;
     int count() const { return m_vEntries.size(); }
     bool isEmpty() const { return m_vEntries.isEmpty(); }
-    bool hasKey(const QString &key) const { return m_hIndex.contains(key); }
+    bool hasKey(const QString &key) const { return indexOf(key) >= 0; }
 
     // Reads. Keys match exactly (case-sensitive). On failure the output is
     // left untouched, so a caller may preset a default:
@@ -97,8 +97,14 @@ private:
     };
     friend class zoparser::SectionReader; // fills sections without re-checking keys
 
+    int indexOf(const QString &key) const;
+    void appendEntry(const QString &key, const QString &value);
+    void rebuildIndex();
+    // Small sections are searched in order; from this size on, m_hIndex is kept.
+    static constexpr int kIndexFrom = 48;
+
     QString m_strName;
     QString m_strComment;
     QVector<Entry> m_vEntries;
-    QHash<QString, int> m_hIndex; // key -> position in m_vEntries
+    QHash<QString, int> m_hIndex; // key -> position in m_vEntries; empty below kIndexFrom entries
 };

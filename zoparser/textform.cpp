@@ -131,6 +131,17 @@ bool SectionReader::peekLine(int &begin, int &end, int &nextPos) const
     return true;
 }
 
+QString SectionReader::internedKey(const QChar *p, int len)
+{
+    const auto it = m_keys.constFind(QStringView(p, len));
+    if (it != m_keys.constEnd())
+        return it.value();
+    const QString key(p, len);
+    if (m_keys.size() < 4096) // bounded, so odd input cannot grow it without end
+        m_keys.insert(QStringView(key), key);
+    return key;
+}
+
 int SectionReader::lineNumberAt(int pos) const
 {
     int line = 1;
@@ -216,19 +227,20 @@ tag_estatus SectionReader::next(CPLSection &section)
         QString value;
         const int at = findSeparator(line, len);
         if (at >= 0) {
-            key = QString(line, at);
-            value = QString(line + at + 2, len - at - 2);
+            key = internedKey(line, at);
+            const int valueLen = len - at - 2;
+            // Short values ("Open", "1", "Auto") repeat as often as keys do.
+            value = valueLen <= 24 ? internedKey(line + at + 2, valueLen) : QString(line + at + 2, valueLen);
         } else if (line[len - 1] == QLatin1Char(':')) {
-            key = QString(line, len - 1);
+            key = internedKey(line, len - 1);
         } else {
             return fault(begin);
         }
-        if (section.m_hIndex.contains(key)) {
+        if (section.indexOf(key) >= 0) {
             last = -2; // the first of duplicate keys wins
         } else {
             last = section.m_vEntries.size();
-            section.m_hIndex.insert(key, last);
-            section.m_vEntries.append(CPLSection::Entry{key, value});
+            section.appendEntry(key, value);
         }
         m_pos = nextPos;
     }

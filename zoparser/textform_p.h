@@ -4,7 +4,9 @@
 
 #include "zoenums.h"
 
+#include <QHash>
 #include <QString>
+#include <QStringView>
 
 class CPLSection;
 
@@ -57,7 +59,12 @@ private:
     bool peekLine(int &begin, int &end, int &nextPos) const;
     int lineNumberAt(int pos) const;
 
+    // One shared copy of each key text (and of short values): records
+    // repeat the same keys in section after section.
+    QString internedKey(const QChar *p, int len);
+
     const QString &m_text;
+    QHash<QStringView, QString> m_keys;
     int m_pos = 0;
     int m_sectionStart = 0;
     int m_faultLine = 0;
