@@ -9,7 +9,6 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QLocale>
-#include <QMutexLocker>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
@@ -17,6 +16,7 @@
 #include <QThread>
 
 #include <atomic>
+#include <mutex>
 
 namespace {
 
@@ -30,19 +30,19 @@ std::atomic<CZOSLog *> s_log{nullptr};
 
 // The last message written, shared by every log of the process so that runs
 // of one message are written once. Guarded by s_lastMutex.
-QMutex s_lastMutex;
+std::mutex s_lastMutex;
 QString s_lastMessage;
 
 bool isRepeat(const QString &message)
 {
-    QMutexLocker locker(&s_lastMutex);
+    std::lock_guard<std::mutex> locker(s_lastMutex);
     return QString::compare(message, s_lastMessage, Qt::CaseInsensitive) == 0;
 }
 
 // Checks and remembers in one step, so two threads cannot both pass.
 bool rememberUnlessRepeat(const QString &message)
 {
-    QMutexLocker locker(&s_lastMutex);
+    std::lock_guard<std::mutex> locker(s_lastMutex);
     if (QString::compare(message, s_lastMessage, Qt::CaseInsensitive) == 0)
         return false;
     s_lastMessage = message;
@@ -156,7 +156,7 @@ CZOSLog::CZOSLog(QString name, QObject *parent)
 
 CZOSLog::~CZOSLog()
 {
-    QMutexLocker locker(&m_mutex);
+    std::lock_guard<std::mutex> locker(m_mutex);
     if (m_file.isOpen()) {
         m_stream.flush();
         m_file.close();
@@ -165,7 +165,7 @@ CZOSLog::~CZOSLog()
 
 void CZOSLog::beginLog(QString fileName, LOGLOCATION location)
 {
-    QMutexLocker locker(&m_mutex);
+    std::lock_guard<std::mutex> locker(m_mutex);
     if (m_file.isOpen() && m_file.fileName() != fileName) {
         m_stream.flush();
         m_stream.setDevice(nullptr);
@@ -178,31 +178,31 @@ void CZOSLog::beginLog(QString fileName, LOGLOCATION location)
 
 QString CZOSLog::fileName() const
 {
-    QMutexLocker locker(&m_mutex);
+    std::lock_guard<std::mutex> locker(m_mutex);
     return m_file.fileName();
 }
 
 LOGLOCATION CZOSLog::location() const
 {
-    QMutexLocker locker(&m_mutex);
+    std::lock_guard<std::mutex> locker(m_mutex);
     return m_location;
 }
 
 int CZOSLog::errors() const
 {
-    QMutexLocker locker(&m_mutex);
+    std::lock_guard<std::mutex> locker(m_mutex);
     return m_nErrors;
 }
 
 int CZOSLog::warnings() const
 {
-    QMutexLocker locker(&m_mutex);
+    std::lock_guard<std::mutex> locker(m_mutex);
     return m_nWarnings;
 }
 
 int CZOSLog::messageCount() const
 {
-    QMutexLocker locker(&m_mutex);
+    std::lock_guard<std::mutex> locker(m_mutex);
     return m_nMessages;
 }
 
@@ -217,7 +217,7 @@ void CZOSLog::log(QString message, QString file, int line, QString time, long ty
         return;
     }
 
-    QMutexLocker locker(&m_mutex);
+    std::lock_guard<std::mutex> locker(m_mutex);
     if (!rememberUnlessRepeat(message))
         return;
 
@@ -330,7 +330,7 @@ void CZOSLog::endLog()
         log(QStringLiteral(">>%1 Logged OUT<< Session Lasted: %2").arg(user.toUpper(), session), QString(), 357,
             QString(), ZOS_LOG_INFORMATION, true);
 
-    QMutexLocker locker(&m_mutex);
+    std::lock_guard<std::mutex> locker(m_mutex);
     if (!m_file.isOpen())
         return;
     // The double blank before "warnings" is part of the file format.

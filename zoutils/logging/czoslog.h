@@ -11,11 +11,12 @@
 
 #include <QEvent>
 #include <QFile>
-#include <QMutex>
 #include <QObject>
 #include <QString>
 #include <QTextStream>
 #include <QTime>
+
+#include <mutex>
 
 // Where entries go.
 enum LOGLOCATION {
@@ -113,7 +114,10 @@ private:
     QString currentTimeText();
 
     const QString m_strName;
-    mutable QMutex m_mutex; // guards everything below
+    // Non-recursive: a slot connected directly to a signal of this log must
+    // not log immediately. A standard mutex rather than QMutex so that thread
+    // checkers see every hand-over. Guards everything below.
+    mutable std::mutex m_mutex;
     QFile m_file;
     QTextStream m_stream;
     LOGLOCATION m_location = LOG_TO_FILE;

@@ -4,14 +4,13 @@
 
 #include <QDateTime>
 #include <QFile>
-#include <QMutex>
-#include <QMutexLocker>
+#include <mutex>
 
 namespace {
 
 const QString kHeader = QStringLiteral("Event,User,Time,Session Seconds\r\n");
 
-QMutex s_statsMutex; // guards everything below
+std::mutex s_statsMutex; // guards everything below
 bool s_started = false;
 QString s_user;          // the user whose session is open; empty when none
 QDateTime s_sessionStart;
@@ -56,7 +55,7 @@ QString userStatsFileName()
 
 int beginUserStatLogging()
 {
-    QMutexLocker locker(&s_statsMutex);
+    std::lock_guard<std::mutex> locker(s_statsMutex);
     const QString path = userStatsFileName();
     if (path.isEmpty())
         return 0;
@@ -74,7 +73,7 @@ int beginUserStatLogging()
 
 void closeUserStatLogging()
 {
-    QMutexLocker locker(&s_statsMutex);
+    std::lock_guard<std::mutex> locker(s_statsMutex);
     if (!s_started)
         return;
     endSessionLocked();
@@ -83,7 +82,7 @@ void closeUserStatLogging()
 
 void updateUserStats(const QString &name)
 {
-    QMutexLocker locker(&s_statsMutex);
+    std::lock_guard<std::mutex> locker(s_statsMutex);
     if (!s_started || name.isEmpty() || name == s_user)
         return;
     endSessionLocked();
