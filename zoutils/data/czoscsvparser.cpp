@@ -7,8 +7,15 @@
 #include <QTextStream>
 #include <QVector>
 
+#include <QtAlgorithms>
+
 #include <algorithm>
 #include <cstring>
+#include <limits>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace {
 
@@ -23,11 +30,48 @@ struct Field {
 // Calls visit(line, length) for one line without its line end, unless it is
 // empty; returns what visit returns (true to go on).
 template <typename Visit>
-bool visitLine(const char *line, int length, Visit &visit)
+inline bool visitLine(const char *line, int length, Visit &visit)
 {
     if (length > 0 && line[length - 1] == '\r')
         --length;
     return length == 0 || visit(line, length);
+}
+
+// Calls visit(line, length) for every non-empty line of data[0, size) that
+// ends in '\n', until visit returns false. Returns the offset of the text
+// after the last '\n' (the unfinished last line), or -1 when stopped early.
+// Files are mostly short lines, so newlines are found 16 bytes at a time
+// rather than with one library call per line.
+template <typename Visit>
+int forEachEndedLine(const char *data, int size, Visit &visit)
+{
+    int lineStart = 0;
+    int i = 0;
+#ifdef __SSE2__
+    const __m128i newline = _mm_set1_epi8('\n');
+    for (; i + 16 <= size; i += 16) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(data + i));
+        uint mask = uint(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, newline)));
+        while (mask) {
+            const int at = i + int(qCountTrailingZeroBits(mask));
+            mask &= mask - 1;
+            if (!visitLine(data + lineStart, at - lineStart, visit))
+                return -1;
+            lineStart = at + 1;
+        }
+    }
+    i = qMax(i, lineStart);
+#endif
+    while (i < size) {
+        const void *found = std::memchr(data + i, '\n', size_t(size - i));
+        if (!found)
+            break;
+        const int at = int(static_cast<const char *>(found) - data);
+        if (!visitLine(data + lineStart, at - lineStart, visit))
+            return -1;
+        lineStart = i = at + 1;
+    }
+    return lineStart;
 }
 
 // Calls visit(line, length) for every non-empty line of `data` until visit
@@ -35,15 +79,50 @@ bool visitLine(const char *line, int length, Visit &visit)
 template <typename Visit>
 void forEachLine(const QByteArray &data, Visit visit)
 {
-    const char *p = data.constData();
-    const char *const end = p + data.size();
-    while (p < end) {
-        const char *nl = static_cast<const char *>(std::memchr(p, '\n', size_t(end - p)));
-        const char *lineEnd = nl ? nl : end;
-        if (!visitLine(p, int(lineEnd - p), visit))
-            return;
-        p = lineEnd + 1;
+    const int tail = forEachEndedLine(data.constData(), data.size(), visit);
+    if (tail >= 0 && tail < data.size())
+        visitLine(data.constData() + tail, data.size() - tail, visit);
+}
+
+// The length of the leading stretch of `data` made of tidy lines: non-empty,
+// ending in "\r\n", numbered below `stopLine` (counting from `lines`) and not
+// starting with the byte `watch` (-1 for none). Such lines need no rewriting;
+// `lines` is advanced past them.
+int tidyRun(const char *data, int size, int stopLine, int watch, int &lines)
+{
+    const int wanted = stopLine >= lines ? stopLine - lines : std::numeric_limits<int>::max();
+    int count = 0;
+    int lineStart = 0;
+    // The line [lineStart, at) ending at the '\n' at `at`: keep going while it is tidy.
+    const auto tidy = [&](int at) {
+        if (count == wanted || at - lineStart < 2 || data[at - 1] != '\r'
+            || (watch >= 0 && uchar(data[lineStart]) == uint(watch)))
+            return false;
+        ++count;
+        lineStart = at + 1;
+        return true;
+    };
+    int i = 0;
+#ifdef __SSE2__
+    const __m128i newline = _mm_set1_epi8('\n');
+    for (; i + 16 <= size; i += 16) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(data + i));
+        for (uint mask = uint(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, newline))); mask; mask &= mask - 1)
+            if (!tidy(i + int(qCountTrailingZeroBits(mask))))
+                goto done;
     }
+#endif
+    while (i < size) {
+        const void *found = std::memchr(data + i, '\n', size_t(size - i));
+        if (!found || !tidy(int(static_cast<const char *>(found) - data)))
+            break;
+        i = lineStart;
+    }
+#ifdef __SSE2__
+done:
+#endif
+    lines += count;
+    return lineStart;
 }
 
 int indexOfComma(const char *line, int length)
@@ -52,10 +131,13 @@ int indexOfComma(const char *line, int length)
     return comma ? int(static_cast<const char *>(comma) - line) : length;
 }
 
+// True when the line's first field is `key`; a key holding "," never is.
 bool firstFieldEquals(const char *line, int length, const QByteArray &key)
 {
-    const int first = indexOfComma(line, length);
-    return first == key.size() && std::memcmp(line, key.constData(), size_t(first)) == 0;
+    const int k = key.size();
+    if (length < k || (length > k && line[k] != ',') || (k > 0 && line[0] != key.at(0)))
+        return false;
+    return std::memcmp(line, key.constData(), size_t(k)) == 0 && !key.contains(',');
 }
 
 // The non-empty fields of a line.
@@ -72,10 +154,153 @@ QVector<Field> nonEmptyFields(const char *line, int length)
     return fields;
 }
 
-void appendLine(QByteArray &out, const char *line, int length)
+// Describes the new text of a file as pieces of its old text and new bytes.
+// Lines that already end in "\r\n" and follow each other become one piece,
+// so a tidy file costs a few pieces instead of one copy per line.
+class Rewriter
 {
-    out.append(line, length);
-    out.append(kLineEnd, 2);
+public:
+    struct Piece {
+        const char *data;
+        int size;
+    };
+
+    explicit Rewriter(const QByteArray &source)
+        : m_source(source)
+    {
+    }
+
+    // Keeps a line of the source (without its line end), followed by "\r\n".
+    void keep(const char *line, int length)
+    {
+        const int begin = int(line - m_source.constData());
+        const int end = begin + length;
+        const bool tidy = end + 2 <= m_source.size() && line[length] == '\r' && line[length + 1] == '\n';
+        if (tidy) {
+            keepBlock(begin, end + 2);
+        } else {
+            QByteArray bytes(line, length);
+            append(bytes.append(kLineEnd, 2));
+        }
+    }
+
+    // Keeps source bytes [begin, end), whole tidy lines, as they are.
+    void keepBlock(int begin, int end)
+    {
+        if (begin == end)
+            return;
+        if (begin != m_runEnd) {
+            flush();
+            m_runBegin = begin;
+        }
+        m_runEnd = end;
+    }
+
+    // New bytes after what was kept so far.
+    void append(const QByteArray &bytes)
+    {
+        flush();
+        if (bytes.isEmpty())
+            return;
+        m_own.append(bytes); // shares the bytes; the pointer stays valid
+        m_pieces.append({m_own.last().constData(), bytes.size()});
+    }
+
+    const QVector<Piece> &pieces()
+    {
+        flush();
+        return m_pieces;
+    }
+
+private:
+    void flush()
+    {
+        if (m_runEnd > m_runBegin)
+            m_pieces.append({m_source.constData() + m_runBegin, m_runEnd - m_runBegin});
+        m_runBegin = m_runEnd = -1;
+    }
+
+    const QByteArray &m_source;
+    QVector<Piece> m_pieces;
+    QList<QByteArray> m_own;
+    int m_runBegin = -1; // the pending piece of source lines, [begin, end)
+    int m_runEnd = -1;
+};
+
+// Makes the file hold the rewriter's text, writing only from the first byte
+// that differs from `old`, the file's present text: appending a row or
+// changing a late cell leaves the front of the file alone.
+bool writeChanges(QFile *file, const QByteArray &old, Rewriter &rewriter)
+{
+    const QVector<Rewriter::Piece> &pieces = rewriter.pieces();
+    qint64 position = 0; // in the new text
+    int first = 0;       // the first piece that differs, and where in it
+    int within = 0;
+    for (; first < pieces.size(); ++first) {
+        const Rewriter::Piece &piece = pieces.at(first);
+        const qint64 comparable = qBound(qint64(0), qint64(old.size()) - position, qint64(piece.size));
+        const char *const oldBytes = old.constData() + position;
+        if (piece.data != oldBytes) {
+            within = int(std::mismatch(piece.data, piece.data + comparable, oldBytes).first - piece.data);
+            if (within < piece.size)
+                break;
+        } else if (comparable < piece.size) {
+            within = int(comparable);
+            break;
+        }
+        position += piece.size;
+    }
+    qint64 total = position;
+    for (int i = first; i < pieces.size(); ++i)
+        total += pieces.at(i).size;
+
+    bool ok = true;
+    if (first < pieces.size()) {
+        ok = file->seek(position + within);
+        for (int i = first; ok && i < pieces.size(); ++i) {
+            const int skip = i == first ? within : 0;
+            const qint64 size = pieces.at(i).size - skip;
+            ok = file->write(pieces.at(i).data + skip, size) == size;
+        }
+    }
+    ok = file->flush() && ok;
+    if (ok && file->size() != total)
+        ok = file->resize(total);
+    return ok;
+}
+
+// Writes the change and leaves the stream at the end, where the rewrite stopped.
+tag_estatus finishRewrite(QFile *file, QTextStream *stream, const QByteArray &old, Rewriter &rewriter)
+{
+    const bool ok = writeChanges(file, old, rewriter);
+    stream->seek(file->size());
+    return ok ? ES_SUCCESS : ES_FILE_OPERATION_FAILED;
+}
+
+// Walks every line of `source`: stretches of tidy lines (see tidyRun) are kept
+// whole; every other non-empty line goes to look(line, length, number).
+// Line `stopLine` and lines starting with `watch` always go to look().
+template <typename Look>
+void rewriteLines(const QByteArray &source, Rewriter &rewriter, int stopLine, int watch, Look look)
+{
+    const char *const data = source.constData();
+    const int size = source.size();
+    int number = 0;
+    int pos = 0;
+    while (pos < size) {
+        const int end = pos + tidyRun(data + pos, size - pos, stopLine, watch, number);
+        rewriter.keepBlock(pos, end);
+        if (end >= size)
+            break;
+        const void *found = std::memchr(data + end, '\n', size_t(size - end));
+        const int lineEnd = found ? int(static_cast<const char *>(found) - data) : size;
+        auto visit = [&](const char *line, int length) {
+            look(line, length, number++);
+            return true;
+        };
+        visitLine(data + end, lineEnd - end, visit);
+        pos = lineEnd + 1;
+    }
 }
 
 QByteArray joined(const QStringList &fields)
@@ -158,28 +383,6 @@ bool CZOSCSVParser::readFile(QByteArray &contents)
     return m_pFile->error() == QFileDevice::NoError;
 }
 
-// Writes only from the first byte that differs: appending a row or changing a
-// late cell leaves the front of the file alone.
-tag_estatus CZOSCSVParser::writeFile(const QByteArray &oldContents, const QByteArray &newContents)
-{
-    const int common = qMin(oldContents.size(), newContents.size());
-    const int same = int(std::mismatch(oldContents.constData(), oldContents.constData() + common,
-                                       newContents.constData())
-                             .first
-                         - oldContents.constData());
-    bool ok = true;
-    if (same < newContents.size()) {
-        const qint64 rest = newContents.size() - same;
-        ok = m_pFile->seek(same) && m_pFile->write(newContents.constData() + same, rest) == rest;
-    }
-    ok = m_pFile->flush() && ok;
-    if (ok && m_pFile->size() != newContents.size())
-        ok = m_pFile->resize(newContents.size());
-    // Leave the stream at the end, where the rewrite stopped.
-    m_pStream->seek(m_pFile->size());
-    return ok ? ES_SUCCESS : ES_FILE_OPERATION_FAILED;
-}
-
 template <typename Visit>
 void CZOSCSVParser::scanLines(Visit visit)
 {
@@ -192,22 +395,25 @@ void CZOSCSVParser::scanLines(Visit visit)
         qint64 n = 0;
         while (more && (n = m_pFile->read(block.data(), kBlockSize)) > 0) {
             const char *p = block.constData();
-            const char *const end = p + n;
-            while (more) {
-                const char *nl = static_cast<const char *>(std::memchr(p, '\n', size_t(end - p)));
-                if (!nl)
-                    break;
-                if (carry.isEmpty()) {
-                    more = visitLine(p, int(nl - p), visit);
-                } else {
-                    carry.append(p, int(nl - p));
-                    more = visitLine(carry.constData(), carry.size(), visit);
-                    carry.clear();
+            int size = int(n);
+            if (!carry.isEmpty()) {
+                const char *nl = static_cast<const char *>(std::memchr(p, '\n', size_t(size)));
+                if (!nl) {
+                    carry.append(p, size);
+                    continue;
                 }
+                carry.append(p, int(nl - p));
+                more = visitLine(carry.constData(), carry.size(), visit);
+                carry.clear();
+                size -= int(nl + 1 - p);
                 p = nl + 1;
             }
+            if (!more)
+                break;
+            const int tail = forEachEndedLine(p, size, visit);
+            more = tail >= 0;
             if (more)
-                carry.append(p, int(end - p));
+                carry.append(p + tail, size - tail);
         }
         if (more && !carry.isEmpty())
             visitLine(carry.constData(), carry.size(), visit);
@@ -226,18 +432,21 @@ tag_estatus CZOSCSVParser::addHeader(QStringList header)
     QByteArray contents;
     if (!readFile(contents))
         return ES_FILE_OPERATION_FAILED;
-    QByteArray out = joined(header);
-    out.reserve(out.size() + contents.size() + 2);
-    out.append(kLineEnd, 2);
+    const QByteArray first = joined(header);
+    Rewriter rewriter(contents);
+    rewriter.append(first + kLineEnd);
     // The first line goes, whatever it holds; it is the header being replaced.
+    bool firstLine = true;
     const int firstEnd = contents.indexOf('\n');
     if (firstEnd >= 0)
-        forEachLine(QByteArray::fromRawData(contents.constData() + firstEnd + 1, contents.size() - firstEnd - 1),
-                    [&](const char *line, int length) {
-                        appendLine(out, line, length);
-                        return true;
-                    });
-    return writeFile(contents, out);
+        forEachLine(contents, [&](const char *line, int length) {
+            if (firstLine && line - contents.constData() < firstEnd) // the first line, when not empty
+                firstLine = false;
+            else
+                rewriter.keep(line, length);
+            return true;
+        });
+    return finishRewrite(m_pFile, m_pStream, contents, rewriter);
 }
 
 tag_estatus CZOSCSVParser::addRow(QStringList fields)
@@ -250,14 +459,12 @@ tag_estatus CZOSCSVParser::addRow(QStringList fields)
     if (!readFile(contents))
         return ES_FILE_OPERATION_FAILED;
     const QByteArray row = joined(fields);
-    QByteArray out;
-    out.reserve(contents.size() + row.size() + 2);
-    forEachLine(contents, [&](const char *line, int length) {
-        appendLine(out, line, length);
-        return true;
+    Rewriter rewriter(contents);
+    rewriteLines(contents, rewriter, -1, -1, [&](const char *line, int length, int) {
+        rewriter.keep(line, length);
     });
-    out.append(row); // no line end after the last row, deliberately
-    return writeFile(contents, out);
+    rewriter.append(row); // no line end after the last row, deliberately
+    return finishRewrite(m_pFile, m_pStream, contents, rewriter);
 }
 
 tag_estatus CZOSCSVParser::removeRow(QString key)
@@ -270,14 +477,14 @@ tag_estatus CZOSCSVParser::removeRow(QString key)
     if (!readFile(contents))
         return ES_FILE_OPERATION_FAILED;
     const QByteArray keyBytes = key.toUtf8();
-    QByteArray out;
-    out.reserve(contents.size() + 2);
-    forEachLine(contents, [&](const char *line, int length) {
+    Rewriter rewriter(contents);
+    // Only lines starting like the key need a look.
+    const int watch = keyBytes.isEmpty() ? ',' : uchar(keyBytes.at(0));
+    rewriteLines(contents, rewriter, -1, watch, [&](const char *line, int length, int) {
         if (!firstFieldEquals(line, length, keyBytes))
-            appendLine(out, line, length);
-        return true;
+            rewriter.keep(line, length);
     });
-    return writeFile(contents, out);
+    return finishRewrite(m_pFile, m_pStream, contents, rewriter);
 }
 
 tag_estatus CZOSCSVParser::setCSVColumnValue(int row, int column, QString value)
@@ -290,31 +497,33 @@ tag_estatus CZOSCSVParser::setCSVColumnValue(int row, int column, QString value)
     if (!readFile(contents))
         return ES_FILE_OPERATION_FAILED;
     const QByteArray valueBytes = value.toUtf8();
-    QByteArray out;
-    out.reserve(contents.size() + valueBytes.size() + 2);
-    int current = 0;
-    forEachLine(contents, [&](const char *line, int length) {
-        const QVector<Field> fields = current++ == row ? nonEmptyFields(line, length) : QVector<Field>();
+    Rewriter rewriter(contents);
+    rewriteLines(contents, rewriter, row, -1, [&](const char *line, int length, int number) {
+        if (number != row) {
+            rewriter.keep(line, length);
+            return;
+        }
+        const QVector<Field> fields = nonEmptyFields(line, length);
         if (column < 0 || column >= fields.size()) {
             // Joining again would drop the row's empty fields, and an
             // out-of-range column is meant to change nothing, so the row stays as read.
-            appendLine(out, line, length);
-            return true;
+            rewriter.keep(line, length);
+            return;
         }
-        const int lineStart = out.size();
+        QByteArray changed;
+        changed.reserve(length + valueBytes.size() + 2);
         for (int i = 0; i < fields.size(); ++i) {
             if (i > 0)
-                out.append(',');
+                changed.append(',');
             if (i == column)
-                out.append(valueBytes);
+                changed.append(valueBytes);
             else
-                out.append(line + fields[i].begin, fields[i].length);
+                changed.append(line + fields[i].begin, fields[i].length);
         }
-        if (out.size() > lineStart) // an emptied row would be skipped from now on anyway
-            out.append(kLineEnd, 2);
-        return true;
+        if (!changed.isEmpty()) // an emptied row would be skipped from now on anyway
+            rewriter.append(changed.append(kLineEnd, 2));
     });
-    return writeFile(contents, out);
+    return finishRewrite(m_pFile, m_pStream, contents, rewriter);
 }
 
 QString CZOSCSVParser::getCSVColumnValue(int row, int column)

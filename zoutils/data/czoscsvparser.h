@@ -79,7 +79,6 @@ private:
     tag_estatus addHeader(QStringList header);
     tag_estatus checkFile() const;
     bool readFile(QByteArray &contents);
-    tag_estatus writeFile(const QByteArray &oldContents, const QByteArray &newContents);
     template <typename Visit> void scanLines(Visit visit);
 
     QFile *m_pFile = nullptr;         // owned; null in copies
