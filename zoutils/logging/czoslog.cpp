@@ -222,7 +222,7 @@ void CZOSLog::log(QString message, QString file, int line, QString time, long ty
         return;
 
     const int level = int(type & ZOS_LOG_LEVEL_MASK);
-    const QString level_ = levelText(level);
+    const QString levelName = levelText(level);
     const bool isInformation = level != ZOS_LOG_WARNING && level != ZOS_LOG_ERROR;
     // Callers pass a placeholder time; the entry carries the time it is written.
     const QString now = currentTimeText();
@@ -234,12 +234,12 @@ void CZOSLog::log(QString message, QString file, int line, QString time, long ty
         ++m_nErrors;
 
     if (m_location == LOG_TO_FILE || m_location == LOG_TO_FILE_AND_WINDOW)
-        writeFileLocked(level_, isInformation, message, now);
+        writeFileLocked(levelName, isInformation, message, now);
 
     if (m_location == LOG_TO_WINDOW || m_location == LOG_TO_FILE_AND_WINDOW) {
         ++m_nActivityLines;
         const QString shortFile = file.mid(file.lastIndexOf(QLatin1Char('\\')) + 1);
-        writeActivityWindowLocked(QString::number(m_nActivityLines), level_, message, now, shortFile,
+        writeActivityWindowLocked(QString::number(m_nActivityLines), levelName, message, now, shortFile,
                                   QString::number(line));
     }
 

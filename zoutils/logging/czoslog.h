@@ -6,6 +6,15 @@
 // default; the handler of that event (CZOSLogEventHandler, installed once by
 // the host) writes it on the thread of the event loop. Immediate writes take
 // the log's mutex.
+//
+// File format: each session starts, on its first entry, with a line of 84
+// "=", "<name> - Launched: [<date>, <time>]" and the OpenGL driver line (empty
+// strings when the file is opened off the GUI thread or where no context can
+// be made: offscreen platform, no display, no driver). Entries are
+// "<time>\t<message>" for information and "<time>\t<level, 8 wide>> <message>"
+// otherwise; lines end in "\r\n". endLog() adds the error and warning
+// summary. A file above 204800 bytes is moved to "zoactivity.bak" in the
+// application data folder when the next session opens it.
 
 #include "zoutils_export.h"
 
