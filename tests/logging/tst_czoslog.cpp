@@ -162,9 +162,11 @@ void TestCZOSLog::deferredPathNeedsTheHandler()
     log->log(QStringLiteral("nobody handles this"), QString(), 1, QString(), 1);
     QCoreApplication::processEvents();
     QVERIFY(CZOSLogEventHandler::install());
+    log->log(QStringLiteral("queued at the close"), QString(), 1, QString(), 1);
     closeLog();
     QCOMPARE(normalised(readAll(path("zoactivity.log"))),
-             kHeader + QStringLiteral("T\tWarning > posted\r\nT\tError   > through errorLog\r\n") + summary(1, 1));
+             kHeader + QStringLiteral("T\tWarning > posted\r\nT\tError   > through errorLog\r\n"
+                                      "T\tqueued at the close\r\n") + summary(1, 1));
 }
 
 void TestCZOSLog::activityWindowAndStatusBar()

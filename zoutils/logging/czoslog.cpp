@@ -402,6 +402,10 @@ int beginLog(QString name)
 void closeLog()
 {
     closeUserStatLogging();
+    // Entries still queued would find no log once it is gone; write them first.
+    QCoreApplication *app = QCoreApplication::instance();
+    if (app && QThread::currentThread() == app->thread())
+        QCoreApplication::sendPostedEvents(app, CZOSLogEvent::LogEventType);
     CZOSLog *log = s_log.exchange(nullptr);
     if (!log)
         return;

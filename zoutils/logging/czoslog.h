@@ -167,7 +167,8 @@ private:
 // data folder (file and window). 1 on success; 0 when the statistics log could
 // not start (the log then exists but writes nowhere) or the log exists already.
 ZOUTILS_EXPORT int beginLog(QString name);
-// Closes the user statistics log, ends and destroys the global log.
+// Closes the user statistics log, writes the entries still queued for the
+// log (when called on the application's thread), ends and destroys the global log.
 ZOUTILS_EXPORT void closeLog();
 // The global log, or null when none is open. Owned by the library.
 ZOUTILS_EXPORT CZOSLog *getLogObject();
