@@ -13,4 +13,6 @@ list(APPEND ZO_UTILS_SOURCES
   ${ZO_WIDGETS_FORMS}
   widgets/czosprogressbar.h widgets/czosprogressbar.cpp
   widgets/czosstatusprogressbar.h widgets/czosstatusprogressbar.cpp
+  widgets/czotreemenucombobox.h widgets/czotreemenucombobox.cpp
+  widgets/zowidgets.qrc
 )
