@@ -1,0 +1,461 @@
+#include "ccdcorrections.h"
+#include "cilimage.h"
+#include "cplclickinfo.h"
+#include "cplsection.h"
+#include "czoslog.h"
+
+#include <QtTest>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+namespace {
+
+// A section from "key=value" entries.
+CPLSection *section(const QString &name, const QStringList &entries)
+{
+    auto *s = new CPLSection(name);
+    for (const QString &e : entries) {
+        const int eq = e.indexOf('=');
+        s->setValue(e.left(eq), e.mid(eq + 1));
+    }
+    return s;
+}
+
+CILImage image(int w, int h, const std::function<int(int, int)> &value)
+{
+    CILImage im(w, h);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            im.setPixel(x, y, quint16(value(x, y)));
+    im.RefreshImageStats();
+    return im;
+}
+
+QString logText()
+{
+    QCoreApplication::sendPostedEvents();
+    QFile f(getLogObject()->fileName());
+    return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
+}
+
+} // namespace
+
+class TestCCDCorrections : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void cleanupTestCase();
+    void readBias_data();
+    void readBias();
+    void readSigmaLimits_data();
+    void readSigmaLimits();
+    void readSigmaAgainstReference();
+    void readSigmaWrapsAndClears();
+    void readSigmaBadInput();
+    void flatField_data();
+    void flatField();
+    void flatFieldCapacityAndLog();
+    void shelfPosition_data();
+    void shelfPosition();
+    void defectMapText_data();
+    void defectMapText();
+    void defectRepair_data();
+    void defectRepair();
+    void defectRepairRefusals();
+    void darkChargeSection();
+
+private:
+    QTemporaryDir m_dir;
+};
+
+void TestCCDCorrections::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    qputenv("ZO_DATA_ROOT", m_dir.path().toLocal8Bit() + '/');
+    QVERIFY(CZOSLogEventHandler::install());
+    beginLog(QStringLiteral("tst_ccdcorrections"));
+    QVERIFY(getLogObject());
+}
+
+void TestCCDCorrections::cleanupTestCase()
+{
+    closeLog();
+}
+
+void TestCCDCorrections::readBias_data()
+{
+    QTest::addColumn<QStringList>("sections"); // "section|key=value"
+    QTest::addColumn<int>("pixelLow");          // image pixels pixelLow..pixelLow+10; -1: no image
+    QTest::addColumn<int>("status");
+    QTest::addColumn<float>("result");
+    const QString dc = "darkcharge image|Read Bias Level=", rbo = "readbiasonly image|Read Bias Level=",
+                  rb = "readbias image|Read Bias Level=";
+    QTest::newRow("darkcharge first") << QStringList{rb + "7", rbo + "6", dc + "5"} << 1000 << 0 << 5.0f;
+    QTest::newRow("readbiasonly next") << QStringList{rb + "7", rbo + "6"} << 1000 << 0 << 6.0f;
+    QTest::newRow("readbias over measuring") << QStringList{rb + "7"} << 1000 << 0 << 7.0f;
+    QTest::newRow("stored needs no image") << QStringList{dc + "5.5"} << -1 << 0 << 5.5f;
+    QTest::newRow("readbias needs an image") << QStringList{rb + "7"} << -1 << 31 << 0.0f;
+    QTest::newRow("measured, default limits") << QStringList{} << 1000 << 0 << 100.5f;
+    QTest::newRow("minimum at lower limit 0") << QStringList{} << 0 << 31 << 0.0f;
+    QTest::newRow("maximum at upper limit 65535") << QStringList{} << 65525 << 31 << 0.0f;
+    const QString cam = "Camera System Info|";
+    const QStringList limits{cam + "Read Bias Lower Limit=100", cam + "Read Bias Upper Limit=200"};
+    QTest::newRow("limits x10, inside") << limits << 1001 << 0 << 100.6f;
+    QTest::newRow("limits x10, min at lower") << limits << 1000 << 31 << 0.0f;
+    QTest::newRow("limits x10, max at upper") << limits << 1990 << 31 << 0.0f;
+    QTest::newRow("multiplier of the readbias section")
+        << (limits + QStringList{"readbias image|Data Multiplier=5"}) << 501 << 0 << 101.2f;
+    QTest::newRow("multiplier of the camera ignored")
+        << (limits + QStringList{cam + "Data Multiplier=5"}) << 501 << 31 << 0.0f;
+    QTest::newRow("multiplier needs the camera section")
+        << QStringList{"readbias image|Data Multiplier=5"} << 1000 << 0 << 100.5f;
+    QTest::newRow("stored abc") << QStringList{dc + "abc"} << 1000 << 31 << 0.0f;
+    QTest::newRow("stored empty") << QStringList{rbo + ""} << 1000 << 31 << 0.0f;
+    QTest::newRow("stored 1e999") << QStringList{dc + "1e999"} << 1000 << 31 << 0.0f;
+    QTest::newRow("multiplier abc")
+        << (limits + QStringList{"readbias image|Data Multiplier=abc"}) << 1001 << 31 << 0.0f;
+    QTest::newRow("multiplier 0") << (limits + QStringList{"readbias image|Data Multiplier=0"}) << 1001 << 31 << 0.0f;
+    QTest::newRow("limit 60 sec") << QStringList{cam + "Read Bias Lower Limit=60 sec"} << 1001 << 31 << 0.0f;
+}
+
+void TestCCDCorrections::readBias()
+{
+    QFETCH(QStringList, sections);
+    QFETCH(int, pixelLow);
+    QFETCH(int, status);
+    QFETCH(float, result);
+    CPLClickInfo ci;
+    for (const QString &entry : sections) {
+        const QString name = entry.section('|', 0, 0);
+        if (!ci.getSection(name))
+            ci.addSection(new CPLSection(name));
+        const QString kv = entry.section('|', 1);
+        ci.getSection(name)->setValue(kv.section('=', 0, 0), kv.section('=', 1));
+    }
+    // Pixels low..low+10 in a 11x3 image: mean low+5.
+    CILImage im = image(11, 3, [&](int x, int) { return pixelLow + x; });
+    float value = -1;
+    QCOMPARE(int(measureReadBias(ci, pixelLow < 0 ? nullptr : &im, &value)), status);
+    QCOMPARE(value, result);
+    QCOMPARE(int(measureReadBias(ci, &im, nullptr)), int(ES_INVALID_POINTER));
+}
+
+void TestCCDCorrections::readSigmaLimits_data()
+{
+    QTest::addColumn<float>("lower");
+    QTest::addColumn<float>("upper");
+    QTest::addColumn<QString>("inRange"); // mask of pixels 0, 10, 11, 19, 20, 65535
+    const float inf = std::numeric_limits<float>::infinity();
+    QTest::newRow("strict integer limits") << 10.0f << 20.0f << "001100";
+    QTest::newRow("fractional limits") << 9.5f << 19.5f << "011100";
+    QTest::newRow("negative lower") << -1.0f << 11.0f << "110000";
+    QTest::newRow("infinite") << -inf << inf << "111111";
+    QTest::newRow("upper 65535 excluded") << 19.0f << 65535.0f << "000010";
+    QTest::newRow("empty range") << 20.0f << 10.0f << "000000";
+    QTest::newRow("NaN") << std::nanf("") << 100.0f << "000000";
+}
+
+void TestCCDCorrections::readSigmaLimits()
+{
+    QFETCH(float, lower);
+    QFETCH(float, upper);
+    QFETCH(QString, inRange);
+    const int values[] = {0, 10, 11, 19, 20, 65535};
+    CILImage src = image(6, 1, [&](int x, int) { return values[x]; });
+    CILImage sum(6, 1), count(6, 1), mask(6, 1);
+    sum.fill(1);
+    mask.fill(7);
+    QVERIFY(createReadSigmaImage(&src, &sum, nullptr, &count, &mask, lower, upper, 1));
+    for (int x = 0; x < 6; ++x) {
+        const bool in = inRange[x] == '1';
+        QCOMPARE(mask.pixel(x, 0), quint16(in));
+        QCOMPARE(count.pixel(x, 0), quint16(in));
+        QCOMPARE(sum.pixel(x, 0), quint16(1 + (in ? values[x] : 0)));
+    }
+    QCOMPARE(mask.getMean(), inRange.count('1') / 6.0); // statistics refreshed
+}
+
+void TestCCDCorrections::readSigmaAgainstReference()
+{
+    // Odd sizes reach the scalar tail after the vectorised blocks.
+    std::mt19937 rng(7);
+    for (const QSize size : {QSize(67, 13), QSize(1, 1), QSize(64, 2), QSize(129, 1)}) {
+        CILImage src = image(size.width(), size.height(), [&](int, int) { return int(rng() % 2000); });
+        CILImage sum = image(size.width(), size.height(), [&](int, int) { return int(rng() % 65536); });
+        CILImage count = image(size.width(), size.height(), [&](int, int) { return int(rng() % 65536); });
+        CILImage mask(size.width(), size.height());
+        const CILImage sum0 = sum, count0 = count;
+        const float lower = float(rng() % 1000) + 0.25f, upper = lower + 700.5f;
+        QVERIFY(createReadSigmaImage(&src, &sum, nullptr, &count, &mask, lower, upper, 1));
+        for (qint64 i = 0; i < src.getPixelCount(); ++i) {
+            const float v = src.getPixels()[i];
+            const bool in = lower < v && v < upper;
+            QCOMPARE(mask.getPixels()[i], quint16(in));
+            QCOMPARE(sum.getPixels()[i], quint16(sum0.getPixels()[i] + (in ? src.getPixels()[i] : 0)));
+            QCOMPARE(count.getPixels()[i], quint16(count0.getPixels()[i] + in));
+        }
+    }
+}
+
+void TestCCDCorrections::readSigmaWrapsAndClears()
+{
+    CILImage src(2, 1), sum(2, 1), count(2, 1), mask(2, 1);
+    src.fill(2);
+    sum.fill(65535);
+    count.fill(65535);
+    QVERIFY(createReadSigmaImage(&src, &sum, nullptr, &count, &mask, 0, 10, 1));
+    QCOMPARE(sum.pixel(0, 0), quint16(1));
+    QCOMPARE(count.pixel(1, 0), quint16(0));
+    QCOMPARE(sum.getMaximum(), quint16(1));
+    QVERIFY(createReadSigmaImage(&src, &sum, nullptr, &count, &mask, 0, 10, 0));
+    QCOMPARE(sum.pixel(0, 0), quint16(2));
+    QCOMPARE(count.pixel(0, 0), quint16(1));
+}
+
+void TestCCDCorrections::readSigmaBadInput()
+{
+    CILImage src(4, 4), other(4, 4), wrong(4, 3), empty;
+    src.fill(5);
+    other.fill(9);
+    QVERIFY(!createReadSigmaImage(nullptr, &other, nullptr, &other, &other, 0, 10, 1));
+    QVERIFY(!createReadSigmaImage(&src, &other, nullptr, &other, &wrong, 0, 10, 0));
+    QCOMPARE(other.pixel(0, 0), quint16(9)); // not cleared
+    CILImage e1, e2, e3;
+    QVERIFY(createReadSigmaImage(&empty, &e1, nullptr, &e2, &e3, 0, 10, 0));
+}
+
+void TestCCDCorrections::flatField_data()
+{
+    QTest::addColumn<bool>("multiView");
+    QTest::addColumn<QStringList>("config");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("values");
+    const QString table = "Shelf Position FOV Table=A=5;B=12.5;C=20";
+    const QString ff5 = "Shelf Position B FF5 f/2 Coefs=", old = "Shelf Position B Flat Field f/2 Coefs=";
+    QTest::newRow("FF5 key first") << false << QStringList{table, ff5 + "1,2,3", old + "4,5"} << 0 << "1,2,3";
+    QTest::newRow("old key next") << false << QStringList{table, old + "4,-5e-3"} << 0 << "4,-0.005";
+    QTest::newRow("empty FF5 falls back") << false << QStringList{table, ff5, old + "4"} << 0 << "4";
+    QTest::newRow("multi-view, no commas") << true << QStringList{"MV Flat Field f/2 Coefs=0.75", ff5 + "1"} << 0
+                                           << "0.75";
+    QTest::newRow("blanks around numbers") << false << QStringList{table, ff5 + " 1.5 , 2 "} << 0 << "1.5,2";
+    QTest::newRow("unmapped FOV: key built all the same")
+        << false << QStringList{"Shelf Position  FF5 f/2 Coefs=9"} << 0 << "9";
+    QTest::newRow("Andor default") << false << QStringList{table, "Camera System Info=Andor iKon-M"} << 0
+                                   << "1,0,0,0,0,0";
+    QTest::newRow("no keys") << false << QStringList{table, "Camera System Info=Other"} << 31 << "";
+    QTest::newRow("abc piece") << false << QStringList{table, ff5 + "1,abc"} << 31 << "";
+    QTest::newRow("empty piece") << false << QStringList{table, ff5 + "1,,2"} << 31 << "";
+    QTest::newRow("1e999 piece") << false << QStringList{table, ff5 + "1e999"} << 31 << "";
+}
+
+void TestCCDCorrections::flatField()
+{
+    QFETCH(bool, multiView);
+    QFETCH(QStringList, config);
+    QFETCH(int, status);
+    QFETCH(QString, values);
+    CPLClickInfo ci;
+    ci.addSection(section("luminescent image", {"f Number=2", "Field of View=12.5", "Imaging Angle=0"}));
+    ci.addSection(section("Camera System Info", config));
+    float coefs[8] = {};
+    int count = -1;
+    QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, 0, count, multiView, IT_LUMINESCENT)), status);
+    QStringList got;
+    for (int i = 0; i < count; ++i)
+        got << QString::number(coefs[i]);
+    QCOMPARE(got.join(','), values);
+    QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, 0, count, multiView, IT_PHOTOGRAPH)), int(ES_INVALID_POINTER));
+    QCOMPARE(count, 0);
+}
+
+void TestCCDCorrections::flatFieldCapacityAndLog()
+{
+    CPLClickInfo ci;
+    ci.addSection(section("luminescent image", {"f Number=8", "Field of View=7"}));
+    ci.addSection(section("Camera System Info", {"Shelf Position  Flat Field f/8 Coefs=1,2,3"}));
+    float coefs[3] = {0, 0, -1};
+    int count = 0;
+    QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, 2, count, false, IT_LUMINESCENT)), 0);
+    QCOMPARE(count, 3);
+    QCOMPARE(coefs[1], 2.0f);
+    QCOMPARE(coefs[2], -1.0f); // beyond the capacity: untouched
+    const QString log = logText();
+    QVERIFY(log.contains("New-Unable to map the FOV(7) to Shelf position "));
+    QVERIFY(log.contains("Old-Unable to map the FOV(7) to Shelf position "));
+    ci.getSection("Camera System Info")->clear();
+    QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, 2, count, false, IT_LUMINESCENT)), 31);
+    QVERIFY(logText().contains("Unable to find the flat field keys: 'Shelf Position  FF5 f/8 Coefs' or "
+                               "'Shelf Position  Flat Field f/8 Coefs' in the configuration file."));
+}
+
+void TestCCDCorrections::shelfPosition_data()
+{
+    QTest::addColumn<QString>("table"); // null: no key
+    QTest::addColumn<QString>("fov");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("shelf");
+    const QString t = " A = 5 ; B=12.5;C=20;";
+    QTest::newRow("exact") << t << "12.5" << 0 << "B";
+    QTest::newRow("written with 17 digits") << t << "12.500000000000002" << 0 << "B";
+    QTest::newRow("within 0.01") << t << "19.995" << 0 << "C";
+    QTest::newRow("past 0.01") << t << "20.02" << 28 << "";
+    QTest::newRow("blanks and unit") << t << " 5 cm" << 0 << "A";
+    QTest::newRow("no table") << QString() << "5" << 49 << "";
+    QTest::newRow("bad fov") << t << "abc" << 21 << "";
+    QTest::newRow("empty fov") << t << "" << 21 << "";
+    QTest::newRow("bad table") << "A=5;B" << "5" << 21 << "";
+    QTest::newRow("table without name") << "=5" << "5" << 21 << "";
+}
+
+void TestCCDCorrections::shelfPosition()
+{
+    QFETCH(QString, table);
+    QFETCH(QString, fov);
+    QFETCH(int, status);
+    QFETCH(QString, shelf);
+    CPLSection camera("Camera System Info");
+    if (!table.isNull())
+        camera.setValue("Shelf Position FOV Table", table);
+    QString got = "stale";
+    QCOMPARE(int(getShelfPositionFromFOV(camera, fov, got)), status);
+    QCOMPARE(got, shelf);
+}
+
+void TestCCDCorrections::defectMapText_data()
+{
+    QTest::addColumn<QStringList>("entries");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("parsed"); // pixels | columns | rows | joint
+    QTest::newRow("none") << QStringList{} << 0 << "|||0";
+    QTest::newRow("all kinds") << QStringList{"Defect Map Pixels= 3,4 ;0,0;", "Defect Map Columns=9;2-4;3",
+                                             "Defect Map Rows=7", "Defect Map Joint Repair=yes"}
+                               << 0 << "3,4;0,0|2;3;4;9|7|1";
+    QTest::newRow("pixel without y") << QStringList{"Defect Map Pixels=3"} << 21 << "|||0";
+    QTest::newRow("negative column") << QStringList{"Defect Map Columns=-3"} << 21 << "|||0";
+    QTest::newRow("reversed range") << QStringList{"Defect Map Rows=5-2"} << 21 << "|||0";
+    QTest::newRow("bad flag") << QStringList{"Defect Map Joint Repair=maybe"} << 21 << "|||0";
+    QTest::newRow("huge range") << QStringList{"Defect Map Rows=0-2147483647"} << 21 << "|||0";
+}
+
+void TestCCDCorrections::defectMapText()
+{
+    QFETCH(QStringList, entries);
+    QFETCH(int, status);
+    QFETCH(QString, parsed);
+    QScopedPointer<CPLSection> camera(section("Camera System Info", entries));
+    SCCDDefectMap map;
+    map.jointRepair = true;
+    QCOMPARE(int(parseCCDDefectMap(*camera, map)), status);
+    QStringList pixels, columns, rows;
+    for (const QPoint &p : map.pixels)
+        pixels << QString("%1,%2").arg(p.x()).arg(p.y());
+    for (int c : map.columns)
+        columns << QString::number(c);
+    for (int r : map.rows)
+        rows << QString::number(r);
+    QCOMPARE(QString("%1|%2|%3|%4").arg(pixels.join(';'), columns.join(';'), rows.join(';')).arg(map.jointRepair),
+             parsed);
+}
+
+void TestCCDCorrections::defectRepair_data()
+{
+    // A 6x5 image with pixel value 10x + 100y, defects set to 9999. Expected
+    // rows list the repaired image row by row.
+    QTest::addColumn<QStringList>("map");
+    QTest::addColumn<QStringList>("expected");
+    QTest::newRow("column between good ones")
+        << QStringList{"Defect Map Columns=2"}
+        << QStringList{"0 10 20 30 40 50", "100 110 120 130 140 150", "200 210 220 230 240 250",
+                       "300 310 320 330 340 350", "400 410 420 430 440 450"};
+    QTest::newRow("two columns interpolated, edge copied")
+        << QStringList{"Defect Map Columns=0;2-3"}
+        << QStringList{"10 10 20 30 40 50", "110 110 120 130 140 150", "210 210 220 230 240 250",
+                       "310 310 320 330 340 350", "410 410 420 430 440 450"};
+    QTest::newRow("rows after columns")
+        << QStringList{"Defect Map Rows=4;1", "Defect Map Columns=5"}
+        << QStringList{"0 10 20 30 40 40", "100 110 120 130 140 140", "200 210 220 230 240 240",
+                       "300 310 320 330 340 340", "300 310 320 330 340 340"};
+    QTest::newRow("pixel: mean of 8 neighbours")
+        << QStringList{"Defect Map Pixels=2,2"}
+        << QStringList{"0 10 20 30 40 50", "100 110 120 130 140 150", "200 210 220 230 240 250",
+                       "300 310 320 330 340 350", "400 410 420 430 440 450"};
+    QTest::newRow("pixel cluster from the rim")
+        << QStringList{"Defect Map Pixels=0,0;1,0;0,1;1,1"}
+        << QStringList{"143 70 20 30 40 50", "205 154 120 130 140 150", "200 210 220 230 240 250",
+                       "300 310 320 330 340 350", "400 410 420 430 440 450"};
+    QTest::newRow("joint: pixel beside a column")
+        << QStringList{"Defect Map Columns=1", "Defect Map Pixels=0,0", "Defect Map Joint Repair=1"}
+        << QStringList{"100 80 20 30 40 50", "100 132 120 130 140 150", "200 210 220 230 240 250",
+                       "300 310 320 330 340 350", "400 360 420 430 440 450"};
+}
+
+void TestCCDCorrections::defectRepair()
+{
+    QFETCH(QStringList, map);
+    QFETCH(QStringList, expected);
+    QScopedPointer<CPLSection> camera(section("Camera System Info", map));
+    SCCDDefectMap parsed;
+    QCOMPARE(int(parseCCDDefectMap(*camera, parsed)), 0);
+    CILImage im = image(6, 5, [&](int x, int y) {
+        const bool bad = parsed.columns.contains(x) || parsed.rows.contains(y) || parsed.pixels.contains(QPoint(x, y));
+        return bad ? 9999 : 10 * x + 100 * y;
+    });
+    QCOMPARE(int(fixCCDDefects(camera.data(), &im)), 0);
+    QStringList rows;
+    for (int y = 0; y < 5; ++y) {
+        QStringList row;
+        for (int x = 0; x < 6; ++x)
+            row << QString::number(im.pixel(x, y));
+        rows << row.join(' ');
+    }
+    QCOMPARE(rows, expected);
+    QVERIFY(im.getMaximum() < 9999); // statistics refreshed
+}
+
+void TestCCDCorrections::defectRepairRefusals()
+{
+    CILImage im = image(4, 3, [](int x, int y) { return x + 10 * y; });
+    const CILImage before = im;
+    auto status = [&](const QStringList &map) {
+        QScopedPointer<CPLSection> camera(section("Camera System Info", map));
+        return int(fixCCDDefects(camera.data(), &im));
+    };
+    QCOMPARE(status({}), 0);
+    QCOMPARE(status({"Defect Map Pixels=4,0"}), int(ES_INVALID_ARGUMENT));
+    QCOMPARE(status({"Defect Map Rows=3"}), int(ES_INVALID_ARGUMENT));
+    QCOMPARE(status({"Defect Map Columns=0-3"}), int(ES_INVALID_ARGUMENT));
+    QCOMPARE(status({"Defect Map Rows=0-2", "Defect Map Columns=1", "Defect Map Joint Repair=1"}),
+             int(ES_INVALID_ARGUMENT));
+    QCOMPARE(status({"Defect Map Columns=1", "Defect Map Pixels=0,0;1,0;2,0;3,0;0,1;1,1;2,1;3,1;0,2;1,2;2,2;3,2"}),
+             int(ES_INVALID_ARGUMENT));
+    QCOMPARE(status({"Defect Map Columns=x"}), int(ES_INVALID_DATA_TYPE));
+    QVERIFY(std::equal(before.getPixels(), before.getPixels() + 12, im.getPixels()));
+    CPLSection camera;
+    CILImage empty;
+    QCOMPARE(int(fixCCDDefects(nullptr, &im)), int(ES_INVALID_POINTER));
+    QCOMPARE(int(fixCCDDefects(&camera, &empty)), int(ES_INVALID_IMAGE));
+}
+
+void TestCCDCorrections::darkChargeSection()
+{
+    CPLClickInfo ci;
+    ci.addSection(section("luminescent image", {"Exposure Time=60 sec", "Binning Factor=4", "f Number=1"}));
+    ci.addSection(section("darkcharge image", {"File Name=background.TIF", "EM Gain=High", "f Number=2"}));
+    const float bias = 101.25f;
+    QCOMPARE(int(updateDarkChargeImageSection(ci, IT_LUMINESCENT, &bias)), 0);
+    const CPLSection *dark = ci.getSection("darkcharge image");
+    QCOMPARE(dark->keys(), (QStringList{"File Name", "f Number", "Exposure Time", "Binning Factor", "Read Bias Level"}));
+    QCOMPARE(dark->value("f Number"), QString("1"));
+    QCOMPARE(dark->value("Exposure Time"), QString("60 sec"));
+    float measured = 0;
+    QCOMPARE(int(measureReadBias(ci, nullptr, &measured)), 0);
+    QCOMPARE(measured, bias);
+    QCOMPARE(int(updateDarkChargeImageSection(ci, IT_PHOTOGRAPH)), int(ES_INVALID_POINTER));
+    QCOMPARE(int(updateDarkChargeImageSection(ci, IT_DARKCHARGE)), int(ES_INVALID_ARGUMENT));
+}
+
+QTEST_GUILESS_MAIN(TestCCDCorrections)
+#include "tst_ccdcorrections.moc"

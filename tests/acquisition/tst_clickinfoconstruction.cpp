@@ -1,0 +1,169 @@
+#include "clickinfoconstruction.h"
+#include "cplcamerainfo.h"
+#include "cplclickinfo.h"
+#include "cplsection.h"
+#include "cplsequenceinfo.h"
+#include "czopreference.h"
+#include "siasetupinfo.h"
+
+#include <QtTest>
+
+class TestClickInfoConstruction : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void clickNumber();
+    void sequence();
+    void cameraSection();
+    void fileNames_data();
+    void fileNames();
+    void roundTripThroughClickInfoFile();
+    void nullRecords();
+
+private:
+    QTemporaryDir m_dir;
+};
+
+void TestClickInfoConstruction::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    qputenv("ZO_DATA_ROOT", m_dir.path().toLocal8Bit() + '/');
+    CZOPreference::setAppVersion(QStringLiteral("4.7.2.1234"));
+}
+
+void TestClickInfoConstruction::clickNumber()
+{
+    CPLClickInfo complete;
+    QCOMPARE(int(createNewClickInfo(&complete, "JD20260101120000", true)), 0);
+    QCOMPARE(complete.getClickNumber(), QString("JD20260101120000"));
+    const CPLSection *number = complete.getSection("ClickNumber");
+    QVERIFY(number);
+    QCOMPARE(number->value("Zolvane Version"), QString("4.7.2.1234"));
+    QCOMPARE(number->value("Complete ClickNumber"), QString("1"));
+    QVERIFY(complete.getSection("User Input"));
+    QVERIFY(complete.getSection("Analysis User Input"));
+
+    const QDateTime before = QDateTime::currentDateTime().addSecs(-1);
+    CPLClickInfo stamped;
+    QCOMPARE(int(createNewClickInfo(&stamped, "JD", false)), 0);
+    const QString text = stamped.getClickNumber();
+    QCOMPARE(text.size(), 2 + 14);
+    QVERIFY(text.startsWith("JD"));
+    const QDateTime when = QDateTime::fromString(text.mid(2), "yyyyMMddhhmmss");
+    QVERIFY(when >= before && when <= QDateTime::currentDateTime());
+    QCOMPARE(stamped.getSection("ClickNumber")->value("Complete ClickNumber"), QString("0"));
+
+    CPLClickInfo empty; // the parser refuses an empty click number
+    QCOMPARE(int(createNewClickInfo(&empty, "", true)), int(ES_NO_CLICKNUMBERS));
+    QVERIFY(!empty.getSection("User Input"));
+}
+
+void TestClickInfoConstruction::sequence()
+{
+    CPLSequenceInfo seq;
+    seq.addClickNumber("stale");
+    QCOMPARE(int(createNewSeqInfo(&seq, {"A1", "B2"})), 0);
+    QCOMPARE(seq.getClickNumbers(), (QStringList{"A1", "B2"}));
+    QCOMPARE(seq.getSection("Sequence")->value("ClickNumber 2"), QString("B2"));
+    QCOMPARE(seq.getSection("Sequence")->value("Zolvane Version"), QString("4.7.2.1234"));
+
+    CPLSequenceInfo none;
+    QCOMPARE(int(createNewSeqInfo(&none, {})), 0);
+    QVERIFY(none.getSection("Sequence"));
+    QVERIFY(none.getSection("User Input"));
+
+    CPLSequenceInfo bad;
+    QCOMPARE(int(createNewSeqInfo(&bad, {"A1", ""})), int(ES_INVALID_INPUT));
+    QVERIFY(!bad.getSection("Sequence"));
+}
+
+void TestClickInfoConstruction::cameraSection()
+{
+    CPLCameraInfo camera;
+    CPLClickInfo ci;
+    QCOMPARE(int(addCameraInfoSection(&camera, &ci)), int(ES_INVALID_POINTER));
+    QCOMPARE(int(addCameraInfoSection(nullptr, &ci)), int(ES_INVALID_POINTER));
+    auto *system = new CPLSection("Camera System Info");
+    system->setValue("Camera System Info", "Andor iKon-M");
+    camera.addSection(system);
+    QCOMPARE(int(addCameraInfoSection(&camera, &ci)), 0);
+    system->setValue("Camera System Info", "changed later");
+    QCOMPARE(ci.getSection("Camera System Info")->value("Camera System Info"), QString("Andor iKon-M"));
+    QVERIFY(ci.getSection("Camera System Info") != system);
+}
+
+void TestClickInfoConstruction::fileNames_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QString>("fileName");
+    const char *names[] = {"photograph.TIF", "luminescent.TIF", "readbias.TIF", "readsigma.TIF", "background.TIF",
+                           "readbiasonly.TIF", "reference.TIF", "structure.TIF", "fluorescentbkg.TIF"};
+    for (int type = 0; type <= 8; ++type)
+        QTest::addRow("kind %d", type) << type << names[type];
+    QTest::newRow("x-ray") << 12 << "x-ray.TIF";
+    QTest::newRow("kind 9 unlisted") << 9 << "photograph.TIF";
+    QTest::newRow("kind 13 unlisted") << 13 << "photograph.TIF";
+}
+
+void TestClickInfoConstruction::fileNames()
+{
+    QFETCH(int, type);
+    QFETCH(QString, fileName);
+    QCOMPARE(tiffFileNameForImageType(type), fileName);
+    CPLClickInfo ci;
+    sIASetupInfo setup;
+    QCOMPARE(int(addTiffImageSection(&ci, tag_eimagetype(type), "comment", &setup, false)), 0);
+    QCOMPARE(ci.getSection(imageTypeSectionName(type))->value("File Name"), fileName);
+}
+
+void TestClickInfoConstruction::roundTripThroughClickInfoFile()
+{
+    CPLClickInfo ci;
+    QCOMPARE(int(createNewClickInfo(&ci, "RT", false)), 0);
+    CPLCameraInfo camera;
+    auto *system = new CPLSection("Camera System Info");
+    system->setValue("Read Bias Lower Limit", "90");
+    camera.addSection(system);
+    QCOMPARE(int(addCameraInfoSection(&camera, &ci)), 0);
+    sIASetupInfo setup;
+    setup.exposureTime = 60;
+    setup.binningFactor = 4;
+    setup.demandTemperature = "-90";
+    setup.fov = 12.5;
+    QCOMPARE(int(addTiffImageSection(&ci, IT_LUMINESCENT, "(luminescent)", &setup, false)), 0);
+    QCOMPARE(int(addTiffImageSection(&ci, IT_LUMINESCENT, "again", &setup, false)), int(ES_ALREADY_PRESENT));
+    QCOMPARE(int(addTiffImageSection(&ci, IT_PHOTOGRAPH, QString(), &setup, false)), 0);
+
+    const QString folder = m_dir.filePath("click-1"); // created by the save
+    QCOMPARE(int(saveNewClickInfo(folder, &ci)), 0);
+    QVERIFY(QFile::exists(folder + "/ClickInfo.txt"));
+
+    CPLClickInfo back;
+    QCOMPARE(int(back.loadClickInfo(folder + "/ClickInfo.txt")), 0);
+    QCOMPARE(back.getClickNumber(), ci.getClickNumber());
+    QCOMPARE(back.sectionCount(), ci.sectionCount());
+    for (int i = 0; i < ci.sectionCount(); ++i)
+        QCOMPARE(*back.sections().at(i), *ci.sections().at(i));
+    sIASetupInfo read;
+    QCOMPARE(int(read.readFromSection(*back.getSection("luminescent image"), IT_LUMINESCENT)), 0);
+    QCOMPARE(read.exposureTime, 60.0);
+    QCOMPARE(read.binningFactor, 4);
+    QCOMPARE(read.demandTemperature, QString("-90"));
+
+    // Only one folder level is created; the save reports the failure.
+    QVERIFY(saveNewClickInfo(m_dir.filePath("missing/click-2"), &ci) != ES_SUCCESS);
+}
+
+void TestClickInfoConstruction::nullRecords()
+{
+    CPLClickInfo ci;
+    QCOMPARE(int(createNewClickInfo(nullptr, "x", true)), int(ES_INVALID_POINTER));
+    QCOMPARE(int(createNewSeqInfo(nullptr, {})), int(ES_INVALID_POINTER));
+    QCOMPARE(int(addTiffImageSection(nullptr, IT_PHOTOGRAPH, QString(), nullptr, false)), int(ES_INVALID_POINTER));
+    QCOMPARE(int(addTiffImageSection(&ci, IT_PHOTOGRAPH, QString(), nullptr, false)), int(ES_INVALID_POINTER));
+    QCOMPARE(int(saveNewClickInfo(m_dir.path(), nullptr)), int(ES_INVALID_POINTER));
+}
+
+QTEST_GUILESS_MAIN(TestClickInfoConstruction)
+#include "tst_clickinfoconstruction.moc"

@@ -1,0 +1,362 @@
+#include "cilimage.h"
+#include "cplsection.h"
+#include "setupmatching.h"
+
+#include <QtTest>
+
+#include <cmath>
+#include <memory>
+
+namespace {
+
+const double NaN = std::nan("");
+
+// Sets one member of a set-up by name.
+void setMember(sIASetupInfo &s, const QString &member, const QVariant &v)
+{
+    if (member == "exposureTime") s.exposureTime = v.toDouble();
+    else if (member == "binningFactor") s.binningFactor = v.toInt();
+    else if (member == "demandTemperature") s.demandTemperature = v.toString();
+    else if (member == "excitationFilter") s.excitationFilter = v.toString();
+    else if (member == "emissionFilter") s.emissionFilter = v.toString();
+    else if (member == "fluorescenceLevel") s.fluorescenceLevel = v.toString();
+    else if (member == "lumFStop") s.lumFStop = v.toString();
+    else if (member == "fov") s.fov = v.toDouble();
+    else if (member == "imagingAngle") s.imagingAngle = v.toDouble();
+    else if (member == "photoExposureTime") s.photoExposureTime = v.toDouble();
+    else if (member == "photoBinning") s.photoBinning = v.toInt();
+    else if (member == "photoFStop") s.photoFStop = v.toString();
+    else if (member == "positionName") s.positionName = v.toString();
+    else if (member == "xrayExposureTime") s.xrayExposureTime = v.toDouble();
+    else if (member == "xrayBinning") s.xrayBinning = v.toInt();
+    else if (member == "xrayFStop") s.xrayFStop = v.toString();
+    else if (member == "xrayTubeVoltage") s.xrayTubeVoltage = v.toDouble();
+    else if (member == "xrayTubeCurrent") s.xrayTubeCurrent = v.toDouble();
+    else if (member == "xrayTubeFilter") s.xrayTubeFilter = v.toString();
+    else qFatal("unknown member %s", qPrintable(member));
+}
+
+QString stampAt(qint64 secondsFromNow)
+{
+    return QDateTime::currentDateTime().addSecs(secondsFromNow).toString("yyyyMMddhhmmss");
+}
+
+// Counts deletions, to see what the pruning search deletes.
+struct CountedInfo : SIAImageInfo {
+    static int deleted;
+    explicit CountedInfo(qint64 ageSeconds, double exposure = 0)
+    {
+        setup.timeStamp = QDateTime::currentSecsSinceEpoch() - ageSeconds;
+        setup.exposureTime = exposure;
+    }
+    ~CountedInfo() override { ++deleted; }
+};
+int CountedInfo::deleted = 0;
+
+} // namespace
+
+class TestSetupMatching : public QObject
+{
+    Q_OBJECT
+private slots:
+    void rules_data();
+    void rules();
+    void nullSetupsNeverMatch();
+    void searchesReturnTheLastMatch();
+    void pruningSearch();
+    void pruningSearchEmptiesAStaleList();
+    void fluorescentReferenceFromSections();
+    void mostRecent_data();
+    void mostRecent();
+    void matchingBackground_data();
+    void matchingBackground();
+    void darkBackgroundThreshold_data();
+    void darkBackgroundThreshold();
+    void copiesShareTheImage();
+};
+
+void TestSetupMatching::rules_data()
+{
+    // The wanted set-up is the default one (every number 0): the candidate
+    // differs in one member only, so each edge is exact.
+    QTest::addColumn<QString>("rule");
+    QTest::addColumn<QString>("member");
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<bool>("matches");
+    auto row = [](const char *name, const char *rule, const char *member, QVariant v, bool m) {
+        QTest::newRow(name) << QString(rule) << QString(member) << v << m;
+    };
+    for (const char *rule : {"lumin", "fluor"}) {
+        const QByteArray r(rule);
+        const bool fl = r == "fluor";
+        row(r + " exposure at 1e-5", rule, "exposureTime", 1e-5, true);
+        row(r + " exposure past 1e-5", rule, "exposureTime", 1.1e-5, false);
+        row(r + " NaN exposure passes", rule, "exposureTime", NaN, true);
+        row(r + " binning", rule, "binningFactor", 2, false);
+        row(r + " temperature other", rule, "demandTemperature", "-80", fl);
+        row(r + " temperature blanks and case", rule, "demandTemperature", " \t", true);
+        row(r + " f-stop", rule, "lumFStop", "4", !fl);
+        row(r + " level case", rule, "fluorescenceLevel", "HIGH", true);
+        row(r + " level other", rule, "fluorescenceLevel", "Low", !fl);
+        row(r + " excitation", rule, "excitationFilter", "GFP", !fl);
+        row(r + " emission case", rule, "emissionFilter", "OPEN", true);
+        row(r + " emission other", rule, "emissionFilter", "Cy5.5", !fl);
+        row(r + " fov at 1e-5", rule, "fov", 1e-5, true);
+        row(r + " fov past 1e-5", rule, "fov", 1.1e-5, !fl);
+        // Lower-cased, a dotted capital I gains a combining dot: not "high".
+        row(r + " dotted capital I", rule, "fluorescenceLevel", QString::fromUtf8("H\u0130GH"), !fl);
+    }
+    row("photo exposure exact", "photo", "photoExposureTime", 1e-12, false);
+    row("photo NaN exposure fails", "photo", "photoExposureTime", NaN, false);
+    row("photo binning", "photo", "photoBinning", 2, false);
+    row("photo f-stop case-sensitive", "photo", "photoFStop", "8 ", false);
+    row("photo fov exact", "photo", "fov", 1e-12, false);
+    row("photo angle exact", "photo", "imagingAngle", 1e-12, false);
+    row("photo position case", "photo", "positionName", "LOAD", true);
+    row("photo position other", "photo", "positionName", "Top", false);
+    row("xray exposure at 0.01", "xray", "xrayExposureTime", 0.01, true);
+    row("xray exposure past 0.01", "xray", "xrayExposureTime", 0.011, false);
+    row("xray binning", "xray", "xrayBinning", 4, false);
+    row("xray f-stop", "xray", "xrayFStop", "8.0", false);
+    row("xray fov exact", "xray", "fov", 0.001, false);
+    row("xray angle at 0.01", "xray", "imagingAngle", -0.01, true);
+    row("xray angle past 0.01", "xray", "imagingAngle", 0.011, false);
+    row("xray position case", "xray", "positionName", "load", true);
+    row("xray voltage at 0.01", "xray", "xrayTubeVoltage", 0.01, true);
+    row("xray voltage past", "xray", "xrayTubeVoltage", 0.011, false);
+    row("xray NaN voltage passes", "xray", "xrayTubeVoltage", NaN, true);
+    row("xray current past", "xray", "xrayTubeCurrent", 0.011, false);
+    row("xray filter case", "xray", "xrayTubeFilter", "OUT", true);
+    row("xray filter other", "xray", "xrayTubeFilter", "in", false);
+    row("flref fov exact", "flref", "fov", 1e-12, false);
+    row("flref binning compared", "flref", "binningFactor", 2, false);
+    row("flref binning ignored", "flrefNoBinning", "binningFactor", 2, true);
+    row("flref excitation case", "flref", "excitationFilter", "block", true);
+    row("flref excitation other", "flref", "excitationFilter", "GFP", false);
+    row("flref level other", "flref", "fluorescenceLevel", "Low", false);
+    row("flref emission not compared", "flref", "emissionFilter", "Cy5.5", true);
+    row("flref angle exact", "flref", "imagingAngle", 1e-12, false);
+    row("flref exposure not compared", "flref", "exposureTime", 5.0, true);
+}
+
+void TestSetupMatching::rules()
+{
+    QFETCH(QString, rule);
+    QFETCH(QString, member);
+    QFETCH(QVariant, value);
+    QFETCH(bool, matches);
+    sIASetupInfo wanted;
+    wanted.demandTemperature = QStringLiteral(" ");
+    sIASetupInfo candidate = wanted;
+    setMember(candidate, member, value);
+    if (rule == "lumin" || rule == "fluor") {
+        QCOMPARE(isLuminParametersMatched(&wanted, &candidate, rule == "fluor"), matches);
+    } else if (rule == "photo") {
+        QCOMPARE(isPhotoParametersMatched(&wanted, &candidate), matches);
+    } else if (rule == "xray") {
+        QCOMPARE(isXrayParametersMatched(&wanted, &candidate), matches);
+    } else {
+        QCOMPARE(isFLReferenceParametersMatched(wanted, candidate, rule == "flref"), matches);
+    }
+}
+
+void TestSetupMatching::nullSetupsNeverMatch()
+{
+    sIASetupInfo s;
+    QVERIFY(!isLuminParametersMatched(nullptr, &s, false));
+    QVERIFY(!isPhotoParametersMatched(&s, nullptr));
+    QVERIFY(!isXrayParametersMatched(nullptr, nullptr));
+    QList<SIAImage *> images{nullptr};
+    QVERIFY(!findMatchingImageFromList(images, &s, false));
+    QVERIFY(!findMatchingImageFromList(images, nullptr, false));
+    QList<CPLSection *> sections{nullptr};
+    QVERIFY(!findMatchingFluorescentReferenceImageFromList(sections, &s, true));
+    QVERIFY(!findMostRecentBkgInfo(sections));
+    QVERIFY(!getMatchingBkgImageSection(sections, &s));
+}
+
+void TestSetupMatching::searchesReturnTheLastMatch()
+{
+    sIASetupInfo wanted;
+    wanted.exposureTime = 60;
+    SIAImage first, other, last;
+    first.setup = last.setup = wanted;
+    other.setup.exposureTime = 30;
+    QList<SIAImage *> images{&first, &last, &other};
+    QCOMPARE(findMatchingImageFromList(images, &wanted, false), &last);
+    QList<SIAImage *> none;
+    QVERIFY(!findMatchingImageFromList(none, &wanted, false));
+
+    SIAImageInfo p1(wanted, "p1"), p2(wanted, "p2"), x;
+    x.setup.xrayTubeVoltage = 35;
+    x.setup.photoBinning = 2;
+    QList<SIAImageInfo *> infos{&p1, &p2, &x};
+    QCOMPARE(findMatchingPhotoFromList(infos, &wanted)->name, QString("p2"));
+    QCOMPARE(findMatchingXrayFromList(infos, &wanted)->name, QString("p2"));
+    wanted.xrayTubeVoltage = 35;
+    QCOMPARE(findMatchingXrayFromList(infos, &wanted), &x);
+}
+
+void TestSetupMatching::pruningSearch()
+{
+    CountedInfo::deleted = 0;
+    sIASetupInfo wanted;
+    wanted.exposureTime = 5;
+    auto *staleFront = new CountedInfo(7200, 5);
+    auto *match = new CountedInfo(3590, 5);
+    auto *staleMatch = new CountedInfo(3610, 5);
+    auto *freshOther = new CountedInfo(0, 9);
+    QList<SIAImageInfo *> list{staleFront, match, staleMatch, freshOther};
+    QCOMPARE(findMatchingImageFromList2(list, &wanted, false), match);
+    // The stale match behind was pruned; the stale one in front was not visited.
+    QCOMPARE(list, (QList<SIAImageInfo *>{staleFront, match, freshOther}));
+    QCOMPARE(CountedInfo::deleted, 1);
+    qDeleteAll(list);
+}
+
+void TestSetupMatching::pruningSearchEmptiesAStaleList()
+{
+    CountedInfo::deleted = 0;
+    sIASetupInfo wanted;
+    QList<SIAImageInfo *> list{new CountedInfo(3700), new CountedInfo(86400), new CountedInfo(3610)};
+    QVERIFY(!findMatchingImageFromList2(list, &wanted, false));
+    QVERIFY(list.isEmpty());
+    QCOMPARE(CountedInfo::deleted, 3);
+}
+
+void TestSetupMatching::fluorescentReferenceFromSections()
+{
+    CPLSection a("a"), b("b"), c("c");
+    for (CPLSection *s : {&a, &b, &c}) {
+        s->setValue("fov", "12.5");
+        s->setValue("binning factor", "4");
+        s->setValue("excitation filter", "GFP");
+        s->setValue("emission filter", "whatever");
+    }
+    c.setValue("Imaging Angle", "90");
+    sIASetupInfo wanted;
+    wanted.fov = 12.5;
+    wanted.binningFactor = 4;
+    wanted.excitationFilter = "gfp";
+    QList<CPLSection *> list{&a, &b, &c};
+    QCOMPARE(findMatchingFluorescentReferenceImageFromList(list, &wanted, true), &b);
+    wanted.binningFactor = 8;
+    QVERIFY(!findMatchingFluorescentReferenceImageFromList(list, &wanted, true));
+    QCOMPARE(findMatchingFluorescentReferenceImageFromList(list, &wanted, false), &b);
+    // A missing level reads as the default "High", which the wanted set-up has.
+    wanted.fluorescenceLevel = "Low";
+    QVERIFY(!findMatchingFluorescentReferenceImageFromList(list, &wanted, false));
+}
+
+void TestSetupMatching::mostRecent_data()
+{
+    QTest::addColumn<QList<qint64>>("offsets"); // seconds from now, per section
+    QTest::addColumn<int>("days");              // -1: background search (48 h)
+    QTest::addColumn<int>("expected");          // index, or -1 for none
+    const qint64 h = 3600;
+    QTest::newRow("youngest wins") << QList<qint64>{-10 * h, -2 * h, -20 * h} << -1 << 1;
+    QTest::newRow("equal ages: later wins") << QList<qint64>{-2 * h, -2 * h, -5 * h} << -1 << 1;
+    QTest::newRow("future wins over past") << QList<qint64>{-60, h, -120} << -1 << 1;
+    QTest::newRow("47.9 h qualifies") << QList<qint64>{-47 * h - 54 * 60} << -1 << 0;
+    QTest::newRow("48.1 h is too old") << QList<qint64>{-48 * h - 6 * 60} << -1 << -1;
+    QTest::newRow("empty") << QList<qint64>{} << -1 << -1;
+    QTest::newRow("0 days: only future") << QList<qint64>{-60, 2 * h, -1} << 0 << 1;
+    QTest::newRow("0 days: past is too old") << QList<qint64>{-60} << 0 << -1;
+    QTest::newRow("2 days") << QList<qint64>{-47 * h, -49 * h} << 2 << 0;
+}
+
+void TestSetupMatching::mostRecent()
+{
+    QFETCH(QList<qint64>, offsets);
+    QFETCH(int, days);
+    QFETCH(int, expected);
+    std::vector<std::unique_ptr<CPLSection>> owned;
+    QList<CPLSection *> list;
+    for (const qint64 offset : offsets) {
+        owned.emplace_back(new CPLSection(stampAt(offset)));
+        list.append(owned.back().get());
+    }
+    CPLSection *found = days < 0 ? findMostRecentBkgInfo(list) : findMostRecentXRayRefInfo(list, days);
+    QCOMPARE(found, expected < 0 ? nullptr : list.at(expected));
+}
+
+void TestSetupMatching::matchingBackground_data()
+{
+    QTest::addColumn<QString>("exposureText");
+    QTest::addColumn<double>("wantedExposure");
+    QTest::addColumn<bool>("matches");
+    QTest::newRow("60 sec") << "60 sec" << 60.0 << true;
+    QTest::newRow("59 sec") << "59 sec" << 60.0 << false;
+    QTest::newRow("no unit reads as 0") << "0.5" << 0.5 << false;
+    QTest::newRow("no unit matches 0") << "0.5" << 0.0 << true;
+    QTest::newRow("empty") << "" << 0.0 << true;
+    QTest::newRow("abc") << "abc sec" << 0.0 << true;
+    QTest::newRow("1e999") << "1e999 sec" << 0.0 << true;
+    QTest::newRow("at 1e-5") << "0.00001 sec" << 0.0 << true;
+    QTest::newRow("past 1e-5") << "0.0000101 sec" << 0.0 << false;
+}
+
+void TestSetupMatching::matchingBackground()
+{
+    QFETCH(QString, exposureText);
+    QFETCH(double, wantedExposure);
+    QFETCH(bool, matches);
+    sIASetupInfo wanted;
+    wanted.exposureTime = wantedExposure;
+    wanted.demandTemperature = " -90 ";
+    CPLSection recent(stampAt(-3600)), old(stampAt(-49 * 3600)), other(stampAt(-60));
+    for (CPLSection *s : {&recent, &old, &other}) {
+        s->setValue("Exposure Time", exposureText);
+        s->setValue("Demand Temperature", "-90");
+    }
+    other.setValue("Binning Factor", "2");
+    QList<CPLSection *> list{&other, &old, &recent};
+    QCOMPARE(getMatchingBkgImageSection(list, &wanted), matches ? &recent : nullptr);
+    QList<CPLSection *> onlyOld{&old};
+    QVERIFY(!getMatchingBkgImageSection(onlyOld, &wanted));
+    wanted.demandTemperature = "-80";
+    QVERIFY(!getMatchingBkgImageSection(list, &wanted));
+}
+
+void TestSetupMatching::darkBackgroundThreshold_data()
+{
+    QTest::addColumn<int>("numerator");
+    QTest::addColumn<int>("denominator");
+    QTest::addColumn<float>("value");
+    QTest::addColumn<bool>("needed");
+    QTest::newRow("0.00075") << 1 << 1 << 0.00075f << true;
+    QTest::newRow("0.0005") << 1 << 2 << 0.002f << false;
+    QTest::newRow("float 0.00074 below") << 1 << 1 << 0.00074f << false;
+    QTest::newRow("negative ratio squared") << -1 << 1 << 0.00075f << true;
+    QTest::newRow("zero denominator") << 1 << 0 << 0.001f << true;
+    QTest::newRow("0 / 0") << 0 << 0 << 1.0f << false;
+}
+
+void TestSetupMatching::darkBackgroundThreshold()
+{
+    QFETCH(int, numerator);
+    QFETCH(int, denominator);
+    QFETCH(float, value);
+    QFETCH(bool, needed);
+    QCOMPARE(ZOA_CheckIfDarkBkgNeeded(numerator, denominator, value), needed);
+}
+
+void TestSetupMatching::copiesShareTheImage()
+{
+    sIASetupInfo s;
+    s.exposureTime = 3;
+    auto *image = new CILImage(2, 2);
+    SIAImage a(s, image);
+    SIAImage b(a);
+    QCOMPARE(b.image, image);
+    QCOMPARE(b.setup.exposureTime, 3.0);
+    CILImage kept(1, 1);
+    SIAImage c(s, &kept);
+    c = a; // does not delete the image it held before
+    QCOMPARE(c.image, image);
+    QCOMPARE(kept.getWidth(), 1);
+    b.image = c.image = nullptr; // `a` alone deletes the shared image
+}
+
+QTEST_GUILESS_MAIN(TestSetupMatching)
+#include "tst_setupmatching.moc"
