@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QTextStream>
 
+#include <random>
+
 namespace {
 
 const QStringList kHeader{QStringLiteral("id"), QStringLiteral("name"), QStringLiteral("value")};
@@ -26,6 +28,84 @@ bool writeFile(const QString &path, const QByteArray &bytes)
 {
     QFile file(path);
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+} // namespace
+
+namespace {
+
+// The editor's rules spelled out the slow, obvious way, to check the fast one.
+struct PlainModel {
+    QList<QByteArray> rows; // non-empty lines without their line ends
+    bool openLast = false;  // the last row was appended without a line end
+
+    explicit PlainModel(const QByteArray &text)
+    {
+        for (QByteArray line : text.split('\n')) {
+            if (line.endsWith('\r'))
+                line.chop(1);
+            if (!line.isEmpty())
+                rows << line;
+        }
+    }
+    QByteArray text() const
+    {
+        QByteArray out;
+        for (int i = 0; i < rows.size(); ++i)
+            out += rows[i] + (openLast && i == rows.size() - 1 ? "" : "\r\n");
+        return out;
+    }
+    void add(const QByteArray &row)
+    {
+        rows << row; // an empty row stays as an empty last line
+        openLast = true;
+    }
+    void remove(const QByteArray &key)
+    {
+        openLast = false;
+        for (int i = rows.size() - 1; i >= 0; --i)
+            if (rows[i].split(',').first() == key)
+                rows.removeAt(i);
+    }
+    void set(int row, int column, const QByteArray &value)
+    {
+        openLast = false;
+        if (row < 0 || row >= rows.size())
+            return;
+        QList<QByteArray> fields;
+        for (const QByteArray &field : rows[row].split(','))
+            if (!field.isEmpty())
+                fields << field;
+        if (column < 0 || column >= fields.size())
+            return;
+        fields[column] = value;
+        QByteArray joined;
+        for (int i = 0; i < fields.size(); ++i)
+            joined += (i ? "," : "") + fields[i];
+        if (joined.isEmpty())
+            rows.removeAt(row);
+        else
+            rows[row] = joined;
+    }
+};
+
+// Rows with shared key beginnings, stray "\n" ends, empty lines, a lone "\r"
+// and trailing commas, in every position of the 16-byte and 64 KiB blocks.
+QByteArray messyTable(quint32 seed, int rows)
+{
+    std::mt19937 random(seed);
+    QByteArray text = "key,a,b,c\r\n";
+    const char *const ends[] = {"\r\n", "\r\n", "\r\n", "\r\n", "\n", "\r\n\r\n", "\n\n", "\r\r\n"};
+    for (int i = 0; i < rows; ++i) {
+        const int key = int(random() % 40);
+        text += QByteArray::number(key) + (random() % 5 == 0 ? "x" : "") + ",";
+        text += QByteArray(int(random() % 30), char('a' + random() % 26)) + ",";
+        text += random() % 4 == 0 ? QByteArray() : QByteArray::number(int(random()));
+        if (random() % 6 == 0)
+            text += ",";
+        text += ends[random() % 8];
+    }
+    return text;
 }
 
 } // namespace
@@ -51,6 +131,8 @@ private slots:
     void outputStreamTextIsKept();
     void longLines_data();
     void longLines();
+    void agreesWithPlainModel_data();
+    void agreesWithPlainModel();
     void fileThatCannotOpen();
     void copiesHaveNoFile();
 
@@ -301,6 +383,63 @@ void TestCSVParser::longLines()
     QCOMPARE(readFile(path()), "id,name,value\r\n" + wide + "\r\nlast,w,z\r\n");
     QCOMPARE(parser.removeRow("k"), ES_SUCCESS);
     QCOMPARE(readFile(path()), QByteArray("id,name,value\r\nlast,w,z\r\n"));
+}
+
+void TestCSVParser::agreesWithPlainModel_data()
+{
+    QTest::addColumn<quint32>("seed");
+    QTest::addColumn<int>("rows");
+    QTest::newRow("small") << 1u << 30;
+    QTest::newRow("medium") << 2u << 400;
+    QTest::newRow("past one read block") << 3u << 3000;
+}
+
+void TestCSVParser::agreesWithPlainModel()
+{
+    QFETCH(quint32, seed);
+    QFETCH(int, rows);
+    const QByteArray start = messyTable(seed, rows);
+    QVERIFY(writeFile(path(), start));
+    CZOSCSVParser parser(path(), {"key", "a", "b", "c"});
+    PlainModel model(start);
+    QCOMPARE(parser.getNumRows(), model.rows.size());
+
+    std::mt19937 random(seed * 7919u);
+    for (int step = 0; step < 60; ++step) {
+        const QByteArray key = QByteArray::number(int(random() % 40));
+        switch (random() % 4) {
+        case 0:
+            QCOMPARE(parser.addRow({key, "new", ""}), ES_SUCCESS);
+            model.add(key + ",new,");
+            break;
+        case 1:
+            QCOMPARE(parser.removeRow(key), ES_SUCCESS);
+            model.remove(key);
+            break;
+        default: {
+            const int row = int(random() % quint32(model.rows.size() + 2)) - 1;
+            const int column = int(random() % 5) - 1;
+            const QByteArray value = random() % 3 ? QByteArray::number(step) : QByteArray("wider-value");
+            QCOMPARE(parser.setCSVColumnValue(row, column, value), ES_SUCCESS);
+            model.set(row, column, value);
+            break;
+        }
+        }
+        QCOMPARE(readFile(path()), model.text());
+        int expectedRow = -1;
+        for (int r = 0; r < model.rows.size() && expectedRow < 0; ++r)
+            if (model.rows[r].split(',').first() == key)
+                expectedRow = r;
+        QCOMPARE(parser.getCSVRowNumber(key), expectedRow);
+        const int row = int(random() % quint32(model.rows.size() + 1));
+        const int column = int(random() % 4);
+        QList<QByteArray> cells;
+        for (const QByteArray &cell : model.rows.value(row).split(','))
+            if (!cell.isEmpty())
+                cells << cell;
+        QCOMPARE(parser.getCSVColumnValue(row, column), QString::fromUtf8(cells.value(column)));
+    }
+    QCOMPARE(parser.getNumRows(), model.rows.size());
 }
 
 void TestCSVParser::fileThatCannotOpen()
