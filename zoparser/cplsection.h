@@ -12,7 +12,11 @@
 // Keys and values may hold ":" and blanks; a line splits at its first
 // ":" TAB. A value's line breaks are written as continuation lines and read
 // back as "\n" (a "\r" or "\r\n" inside a value comes back as "\n").
-// A key line "key:" without TAB reads as an empty value. Keys, values, names
+// Reading is lenient where nothing is lost: a key line "key:" without TAB
+// is an empty value, a line of blanks counts as empty, and a header may
+// follow a section without an empty line between. Anything else (a header
+// without ":", a key line without ":" TAB, text outside a section) is a
+// grammar fault. Of duplicate keys the first is kept. Keys, values, names
 // and comments are never trimmed.
 
 #include "zoparser_export.h"

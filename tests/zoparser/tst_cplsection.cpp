@@ -29,7 +29,6 @@ private slots:
     void doubleRoundTrip_data();
     void doubleRoundTrip();
     void writesKeepOrderAndReplaceInPlace();
-    void copiesAreIndependent();
     void unstorableKeysAreRefused_data();
     void unstorableKeysAreRefused();
     void parse_data();
@@ -154,20 +153,6 @@ void TestCPLSection::writesKeepOrderAndReplaceInPlace()
     s.setValue(QStringLiteral("c"), QStringLiteral("33"));
     QCOMPARE(s.count(), 2);
     QCOMPARE(s.value(QStringLiteral("c")), QStringLiteral("33"));
-}
-
-void TestCPLSection::copiesAreIndependent()
-{
-    CPLSection a(QStringLiteral("A"), QStringLiteral("note"));
-    a.setValue(QStringLiteral("k"), QStringLiteral("v"));
-    CPLSection b;
-    b = a;
-    QCOMPARE(b, a);
-    b.setValue(QStringLiteral("k"), QStringLiteral("changed"));
-    b.setName(QStringLiteral("B"));
-    QCOMPARE(a.value(QStringLiteral("k")), QStringLiteral("v"));
-    QCOMPARE(a.name(), QStringLiteral("A"));
-    QVERIFY(a != b);
 }
 
 void TestCPLSection::unstorableKeysAreRefused_data()
