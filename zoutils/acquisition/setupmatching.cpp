@@ -66,11 +66,6 @@ bool sameLowered(QStringView a, QStringView b)
     return a.toString().toLower() == b.toString().toLower();
 }
 
-QDateTime ageReference()
-{
-    return QDateTime::currentDateTime();
-}
-
 // Age in hours of a section named by its date-time stamp.
 float sectionAgeHours(const CPLSection &section, const QDateTime &now)
 {
@@ -80,7 +75,7 @@ float sectionAgeHours(const CPLSection &section, const QDateTime &now)
 
 CPLSection *mostRecent(const QList<CPLSection *> &list, float limitHours)
 {
-    const QDateTime now = ageReference();
+    const QDateTime now = QDateTime::currentDateTime();
     CPLSection *best = nullptr;
     float limit = limitHours;
     for (CPLSection *section : list) {
@@ -159,11 +154,12 @@ bool isLuminParametersMatched(const sIASetupInfo *wanted, const sIASetupInfo *ca
         || wanted->binningFactor != candidate->binningFactor)
         return false;
     if (fluorescent) {
-        return sameLowered(wanted->lumFStop, candidate->lumFStop)
+        // The cheap number first; the result does not depend on the order.
+        return within(wanted->fov, candidate->fov, kLuminTolerance)
+            && sameLowered(wanted->lumFStop, candidate->lumFStop)
             && sameLowered(wanted->fluorescenceLevel, candidate->fluorescenceLevel)
             && sameLowered(wanted->excitationFilter, candidate->excitationFilter)
-            && sameLowered(wanted->emissionFilter, candidate->emissionFilter)
-            && within(wanted->fov, candidate->fov, kLuminTolerance);
+            && sameLowered(wanted->emissionFilter, candidate->emissionFilter);
     }
     return sameLowered(QStringView(wanted->demandTemperature).trimmed(),
                        QStringView(candidate->demandTemperature).trimmed());
