@@ -271,6 +271,45 @@ private slots:
         QCOMPARE(hi, *std::max_element(y.cbegin(), y.cend()));
     }
 
+    void sortedSearchPicksTheSamePoints_data()
+    {
+        QTest::addColumn<bool>("reversed");
+        QTest::addColumn<int>("count");
+        QTest::newRow("dense") << false << 200000;
+        QTest::newRow("dense, reversed axis") << true << 200000;
+        QTest::newRow("sparse with repeats") << false << 500;
+    }
+
+    void sortedSearchPicksTheSamePoints()
+    {
+        QFETCH(bool, reversed);
+        QFETCH(int, count);
+        QVector<double> x(count), y(count);
+        quint32 state = 3;
+        double at = -50;
+        for (int i = 0; i < count; ++i) {
+            state = state * 1664525u + 1013904223u;
+            at += (state >> 28) * 0.001; // steps of 0 (repeated X) and more
+            x[i] = at;
+            y[i] = double((state >> 8) % 50); // ties between extremes
+        }
+        QVERIFY(zosIsSortedAndFinite(x.constData(), y.constData(), count));
+        const ZOSAxisMap m(x.first(), x.last(), reversed, 35, 700);
+        QVector<int> general, sorted;
+        zosReducePolyline(x.constData(), y.constData(), count, m, false, true, general, false);
+        zosReducePolyline(x.constData(), y.constData(), count, m, false, true, sorted, true);
+        QCOMPARE(sorted, general);
+    }
+
+    void sortedAndFinite()
+    {
+        const QVector<double> up{1, 2, 2, 3}, down{1, 3, 2}, nan{1, NaN, 3}, inf{1, 2, Inf};
+        QVERIFY(zosIsSortedAndFinite(up.constData(), up.constData(), up.size()));
+        QVERIFY(!zosIsSortedAndFinite(down.constData(), up.constData(), down.size()));
+        QVERIFY(!zosIsSortedAndFinite(nan.constData(), up.constData(), nan.size()));
+        QVERIFY(!zosIsSortedAndFinite(up.constData(), inf.constData(), inf.size()));
+    }
+
     void area_data()
     {
         QTest::addColumn<QVector<double>>("x");

@@ -38,7 +38,11 @@ ZOSPlotLineView SZOSXYPlotLine::view() const
     return v;
 }
 
-void SZOSXYPlotLine::refreshExtent() { extent = zosLineExtent(view()); }
+void SZOSXYPlotLine::refreshExtent()
+{
+    extent = zosLineExtent(view());
+    sortedAndFinite = zosIsSortedAndFinite(x.constData(), y.constData(), nPoints);
+}
 
 CZOSXYPlot::CZOSXYPlot(QWidget *parent, const char *name)
     : QWidget(parent)
@@ -752,7 +756,8 @@ void CZOSXYPlot::drawPlotCurves(QPainter &painter)
         painter.setPen(QPen(line->settings.lineColor, std::max(1, line->settings.lineWidth)));
         indices.clear();
         const bool reduce = m_bReduceCurves && worthReducing(line->nPoints, m_nWidth - 2 * M);
-        zosReducePolyline(line->x.constData(), line->y.constData(), line->nPoints, xm, false, reduce, indices);
+        zosReducePolyline(line->x.constData(), line->y.constData(), line->nPoints, xm, false, reduce, indices,
+                          line->sortedAndFinite);
         piece.clear();
         for (int i : qAsConst(indices)) {
             if (i >= 0) {

@@ -34,6 +34,7 @@ struct ZOUTILS_EXPORT SZOSXYPlotLine {
     QStringList notes;  // last line of the tool tip
     DISPLAY_SETTINGS settings;
     ZOSPlotExtent extent; // cached with the data; finite points only
+    bool sortedAndFinite = false; // cached with the data, for the curve reduction
 
     ZOSPlotLineView view() const;
     void refreshExtent();

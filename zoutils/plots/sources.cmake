@@ -4,3 +4,5 @@ list(APPEND ZO_UTILS_SOURCES
   plots/czosxyplot.h plots/czosxyplot.cpp
   plots/plots.qrc
 )
+# The curve reduction runs over every point of every line on each repaint.
+set_source_files_properties(plots/zosplotscale.cpp PROPERTIES COMPILE_OPTIONS "-O3")

@@ -183,20 +183,124 @@ QVector<double> zosLabelValues(double displayMin, double displayMax, double step
     return values;
 }
 
+namespace {
+
+// floor() of the mapped X without the library call; pixels far off the
+// surface only need to differ from their neighbours, so the clamp is harmless.
+inline qint64 pixelColumn(const ZOSAxisMap &map, double x)
+{
+    const double px = std::max(-4.0e18, std::min(4.0e18, map.toPixel(x)));
+    qint64 c = qint64(px);
+    c -= (px < double(c)) ? 1 : 0;
+    return c;
+}
+
+// Sorted, finite X and finite Y: each column is an index range found by
+// galloping search, so X is barely read and Y is scanned in tight loops.
+// Picks the same points as the general loop below.
+void reduceSorted(const double *x, const double *y, int count, const ZOSAxisMap &xMap, QVector<int> &indices)
+{
+    int i = 0;
+    while (i < count) {
+        const qint64 c = pixelColumn(xMap, x[i]);
+        // Gallop to a bound past the column, then bisect for its end.
+        int inside = i;
+        int step = 1;
+        int probe = i + 1;
+        while (probe < count && pixelColumn(xMap, x[probe]) == c) {
+            inside = probe;
+            step *= 2;
+            probe = inside + step;
+        }
+        int outside = std::min(probe, count);
+        while (outside - inside > 1) {
+            const int mid = inside + (outside - inside) / 2;
+            if (pixelColumn(xMap, x[mid]) == c) {
+                inside = mid;
+            } else {
+                outside = mid;
+            }
+        }
+        const int first = i;
+        const int last = inside;
+        double lowY = y[first];
+        double highY = y[first];
+        for (int k = first + 1; k <= last; ++k) {
+            lowY = y[k] < lowY ? y[k] : lowY;
+            highY = y[k] > highY ? y[k] : highY;
+        }
+        int lowest = first;
+        while (y[lowest] != lowY) {
+            ++lowest;
+        }
+        int highest = first;
+        while (y[highest] != highY) {
+            ++highest;
+        }
+        indices.append(first);
+        const int a = std::min(lowest, highest);
+        const int b = std::max(lowest, highest);
+        if (a != first && a != last) {
+            indices.append(a);
+        }
+        if (b != first && b != last && b != a) {
+            indices.append(b);
+        }
+        if (last != first) {
+            indices.append(last);
+        }
+        i = last + 1;
+    }
+    indices.append(-1);
+}
+
+} // namespace
+
+bool zosIsSortedAndFinite(const double *x, const double *y, int count)
+{
+    if (!x || !y) {
+        return false;
+    }
+    double prev = -HUGE_VAL;
+    bool ok = true;
+    for (int i = 0; i < count; ++i) {
+        const double xi = x[i];
+        const double yi = y[i];
+        // Every test false for NaN; x - x is NaN for infinities.
+        ok &= (xi >= prev) & ((xi - xi) == 0.0) & ((yi - yi) == 0.0);
+        prev = xi;
+    }
+    return ok;
+}
+
 int zosReducePolyline(const double *x, const double *y, int count, const ZOSAxisMap &xMap, bool breakBackwards,
-                      bool reduce, QVector<int> &indices)
+                      bool reduce, QVector<int> &indices, bool sortedAndFinite)
 {
     const int before = indices.size();
+    if (reduce && sortedAndFinite && x && y && count > 0 && xMap.isValid()) {
+        reduceSorted(x, y, count, xMap, indices);
+        return indices.size() - before;
+    }
     if (!x || !y || count < 1) {
         return 0;
     }
+    if (reduce) {
+        // At most four points per column (plus piece ends) survive; reserve a
+        // little to avoid regrowth without holding memory for every point.
+        indices.reserve(before + 4096);
+    } else {
+        indices.reserve(before + count + 1);
+    }
     bool pieceOpen = false;
-    // The current column group: first, lowest, highest and last point.
+    // The current column group: first, lowest, highest and last point, with
+    // the extreme values kept in registers.
     int first = -1;
     int lowest = -1;
     int highest = -1;
     int last = -1;
-    double column = 0.0;
+    double lowY = 0.0;
+    double highY = 0.0;
+    qint64 column = 0;
     double prevX = 0.0;
     bool havePrev = false;
 
@@ -205,8 +309,8 @@ int zosReducePolyline(const double *x, const double *y, int count, const ZOSAxis
             return;
         }
         indices.append(first);
-        int a = std::min(lowest, highest);
-        int b = std::max(lowest, highest);
+        const int a = std::min(lowest, highest);
+        const int b = std::max(lowest, highest);
         if (a != first && a != last) {
             indices.append(a);
         }
@@ -244,19 +348,21 @@ int zosReducePolyline(const double *x, const double *y, int count, const ZOSAxis
             indices.append(i);
             continue;
         }
-        const double c = std::floor(xMap.toPixel(xi));
+        const qint64 c = pixelColumn(xMap, xi);
         if (first >= 0 && c == column) {
+            // Branch-free: on noisy data these tests are coin flips.
             last = i;
-            if (yi < y[lowest]) {
-                lowest = i;
-            }
-            if (yi > y[highest]) {
-                highest = i;
-            }
+            const bool lower = yi < lowY;
+            const bool higher = yi > highY;
+            lowY = lower ? yi : lowY;
+            lowest = lower ? i : lowest;
+            highY = higher ? yi : highY;
+            highest = higher ? i : highest;
             continue;
         }
         flushGroup();
         first = lowest = highest = last = i;
+        lowY = highY = yi;
         column = c;
     }
     endPiece();
