@@ -19,7 +19,6 @@ private slots:
     void fileNames_data();
     void fileNames();
     void roundTripThroughClickInfoFile();
-    void nullRecords();
 
 private:
     QTemporaryDir m_dir;
@@ -54,6 +53,7 @@ void TestClickInfoConstruction::clickNumber()
     QVERIFY(when >= before && when <= QDateTime::currentDateTime());
     QCOMPARE(stamped.getSection("ClickNumber")->value("Complete ClickNumber"), QString("0"));
 
+    QCOMPARE(int(createNewClickInfo(nullptr, "x", true)), int(ES_INVALID_POINTER));
     CPLClickInfo empty; // the parser refuses an empty click number
     QCOMPARE(int(createNewClickInfo(&empty, "", true)), int(ES_NO_CLICKNUMBERS));
     QVERIFY(!empty.getSection("User Input"));
@@ -73,6 +73,7 @@ void TestClickInfoConstruction::sequence()
     QVERIFY(none.getSection("Sequence"));
     QVERIFY(none.getSection("User Input"));
 
+    QCOMPARE(int(createNewSeqInfo(nullptr, {})), int(ES_INVALID_POINTER));
     CPLSequenceInfo bad;
     QCOMPARE(int(createNewSeqInfo(&bad, {"A1", ""})), int(ES_INVALID_INPUT));
     QVERIFY(!bad.getSection("Sequence"));
@@ -134,8 +135,11 @@ void TestClickInfoConstruction::roundTripThroughClickInfoFile()
     QCOMPARE(int(addTiffImageSection(&ci, IT_LUMINESCENT, "(luminescent)", &setup, false)), 0);
     QCOMPARE(int(addTiffImageSection(&ci, IT_LUMINESCENT, "again", &setup, false)), int(ES_ALREADY_PRESENT));
     QCOMPARE(int(addTiffImageSection(&ci, IT_PHOTOGRAPH, QString(), &setup, false)), 0);
+    QCOMPARE(int(addTiffImageSection(&ci, IT_XRAY, QString(), nullptr, false)), int(ES_INVALID_POINTER));
+    QCOMPARE(int(addTiffImageSection(nullptr, IT_XRAY, QString(), &setup, false)), int(ES_INVALID_POINTER));
 
     const QString folder = m_dir.filePath("click-1"); // created by the save
+    QCOMPARE(int(saveNewClickInfo(folder, nullptr)), int(ES_INVALID_POINTER));
     QCOMPARE(int(saveNewClickInfo(folder, &ci)), 0);
     QVERIFY(QFile::exists(folder + "/ClickInfo.txt"));
 
@@ -153,16 +157,6 @@ void TestClickInfoConstruction::roundTripThroughClickInfoFile()
 
     // Only one folder level is created; the save reports the failure.
     QVERIFY(saveNewClickInfo(m_dir.filePath("missing/click-2"), &ci) != ES_SUCCESS);
-}
-
-void TestClickInfoConstruction::nullRecords()
-{
-    CPLClickInfo ci;
-    QCOMPARE(int(createNewClickInfo(nullptr, "x", true)), int(ES_INVALID_POINTER));
-    QCOMPARE(int(createNewSeqInfo(nullptr, {})), int(ES_INVALID_POINTER));
-    QCOMPARE(int(addTiffImageSection(nullptr, IT_PHOTOGRAPH, QString(), nullptr, false)), int(ES_INVALID_POINTER));
-    QCOMPARE(int(addTiffImageSection(&ci, IT_PHOTOGRAPH, QString(), nullptr, false)), int(ES_INVALID_POINTER));
-    QCOMPARE(int(saveNewClickInfo(m_dir.path(), nullptr)), int(ES_INVALID_POINTER));
 }
 
 QTEST_GUILESS_MAIN(TestClickInfoConstruction)
