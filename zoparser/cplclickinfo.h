@@ -64,7 +64,8 @@ public:
     // the buffer) goes to `section`. ES_END_OF_BUFFER when only empty lines
     // remain (buffer emptied); ES_FORMAT_CHAR_NOT_FOUND when the next
     // non-empty line is not a header or the section breaks the grammar
-    // (nothing cut). `section` is empty on failure.
+    // (nothing cut). `section` is empty on failure. Each call moves the rest
+    // of the buffer, so whole files are better read with loadFromText.
     static tag_estatus copySectionBuffer(QString &buffer, QString &section);
     // Parses the first section of `text` into a new CPLSection that the
     // caller owns. Null when `text` holds no section or breaks the grammar
