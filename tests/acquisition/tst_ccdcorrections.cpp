@@ -372,7 +372,7 @@ void TestCCDCorrections::defectRepairRefusals()
     QCOMPARE(status({"Defect Map Columns=1", "Defect Map Pixels=0,0;1,0;2,0;3,0;0,1;1,1;2,1;3,1;0,2;1,2;2,2;3,2"}),
              int(ES_INVALID_ARGUMENT));
     for (const char *bad : {"Defect Map Columns=x", "Defect Map Pixels=3", "Defect Map Columns=-3",
-                            "Defect Map Rows=2-1", "Defect Map Rows=0-2147483647", "Defect Map Joint Repair=maybe"})
+                            "Defect Map Rows=2-1", "Defect Map Rows=0-65536", "Defect Map Joint Repair=maybe"})
         QCOMPARE(status({bad}), int(ES_INVALID_DATA_TYPE));
     QVERIFY(std::equal(before.getPixels(), before.getPixels() + 12, im.getPixels()));
     CPLSection camera;

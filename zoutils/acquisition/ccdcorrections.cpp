@@ -111,11 +111,15 @@ void accumulateFrame(const quint16 *__restrict source, quint16 *__restrict sum, 
 // ---------------------------------------------------------------------------
 // Defect map
 
+// Coordinates above this are refused: no sensor is that large, and the bound
+// keeps the expanded line lists small whatever the text says.
+constexpr int kMaxDefectCoordinate = 65535;
+
 bool parseIndex(const QString &text, int &value)
 {
     bool ok = false;
     const int v = text.trimmed().toInt(&ok, 10);
-    if (!ok || v < 0)
+    if (!ok || v < 0 || v > kMaxDefectCoordinate)
         return false;
     value = v;
     return true;
@@ -125,6 +129,7 @@ bool parseIndex(const QString &text, int &value)
 bool parseLines(const QString &text, QVector<int> &lines)
 {
     lines.clear();
+    std::vector<std::pair<int, int>> ranges;
     const QStringList entries = text.split(QLatin1Char(';'), Qt::SkipEmptyParts);
     for (const QString &entry : entries) {
         if (entry.trimmed().isEmpty())
@@ -139,15 +144,16 @@ bool parseLines(const QString &text, QVector<int> &lines)
         } else if (!parseIndex(entry.left(dash), a) || !parseIndex(entry.mid(dash + 1), b) || b < a) {
             return false;
         }
-        // A range cannot be longer than any image side; refuse absurd ones
-        // before allocating for them.
-        if (qint64(b) - a >= qint64(CILImage::MaxPixelCount))
-            return false;
-        for (int v = a; v <= b; ++v)
-            lines.append(v);
+        ranges.emplace_back(a, b);
     }
-    std::sort(lines.begin(), lines.end());
-    lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
+    // Merged before expanding, so overlapping ranges cost nothing extra.
+    std::sort(ranges.begin(), ranges.end());
+    int next = 0; // first line not yet listed
+    for (const auto &[a, b] : ranges) {
+        for (int v = std::max(a, next); v <= b; ++v)
+            lines.append(v);
+        next = std::max(next, b + 1);
+    }
     return true;
 }
 

@@ -79,7 +79,7 @@ ZOUTILS_EXPORT tag_estatus getShelfPositionFromFOV(const CPLSection &cameraSyste
 //   "Defect Map Joint Repair": a truth value ("1", "yes", ...); when true the
 //     whole map is repaired in one step instead of list by list.
 // Missing keys or empty values mean no defects of that kind; blanks around
-// numbers are ignored.
+// numbers are ignored; coordinates run from 0 to 65535.
 struct ZOUTILS_EXPORT SCCDDefectMap
 {
     QVector<QPoint> pixels;
@@ -91,7 +91,7 @@ struct ZOUTILS_EXPORT SCCDDefectMap
 };
 
 // Parses the defect map of `cameraSystem`. Returns 0, or 21 (with `map`
-// emptied) when a value breaks the form above or a number is negative.
+// emptied) when a value breaks the form above or a number is out of range.
 ZOUTILS_EXPORT tag_estatus parseCCDDefectMap(const CPLSection &cameraSystem, SCCDDefectMap &map);
 
 // Repairs the image's defects from the camera's defect map:
