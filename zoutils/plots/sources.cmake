@@ -2,6 +2,7 @@ list(APPEND ZO_UTILS_SOURCES
   plots/zosplotdefs.h
   plots/zosplotscale.h plots/zosplotscale.cpp
   plots/czosxyplot.h plots/czosxyplot.cpp
+  plots/czosglxyplot.h plots/czosglxyplot.cpp
   plots/plots.qrc
 )
 # The curve reduction runs over every point of every line on each repaint.
