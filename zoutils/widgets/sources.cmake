@@ -15,4 +15,5 @@ list(APPEND ZO_UTILS_SOURCES
   widgets/czosstatusprogressbar.h widgets/czosstatusprogressbar.cpp
   widgets/czotreemenucombobox.h widgets/czotreemenucombobox.cpp
   widgets/zowidgets.qrc
+  widgets/czosfiledialog.h widgets/czosfiledialog.cpp
 )
