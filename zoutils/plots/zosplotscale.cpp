@@ -223,12 +223,22 @@ void reduceSorted(const double *x, const double *y, int count, const ZOSAxisMap 
         }
         const int first = i;
         const int last = inside;
-        double lowY = y[first];
-        double highY = y[first];
-        for (int k = first + 1; k <= last; ++k) {
-            lowY = y[k] < lowY ? y[k] : lowY;
-            highY = y[k] > highY ? y[k] : highY;
+        // Four independent chains: one chain waits on each comparison in turn.
+        double lo[4] = {y[first], y[first], y[first], y[first]};
+        double hi[4] = {y[first], y[first], y[first], y[first]};
+        int k = first + 1;
+        for (; k + 3 <= last; k += 4) {
+            for (int j = 0; j < 4; ++j) {
+                lo[j] = y[k + j] < lo[j] ? y[k + j] : lo[j];
+                hi[j] = y[k + j] > hi[j] ? y[k + j] : hi[j];
+            }
         }
+        for (; k <= last; ++k) {
+            lo[0] = y[k] < lo[0] ? y[k] : lo[0];
+            hi[0] = y[k] > hi[0] ? y[k] : hi[0];
+        }
+        const double lowY = std::min(std::min(lo[0], lo[1]), std::min(lo[2], lo[3]));
+        const double highY = std::max(std::max(hi[0], hi[1]), std::max(hi[2], hi[3]));
         int lowest = first;
         while (y[lowest] != lowY) {
             ++lowest;
