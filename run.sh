@@ -5,6 +5,9 @@ set -euo pipefail
 cd "$(dirname "$0")"
 ROOT=$(pwd)
 JOBS=$(nproc 2>/dev/null || echo 2)
+# Qt wants a private runtime folder; CI and fresh root shells have none.
+export XDG_RUNTIME_DIR=${XDG_RUNTIME_DIR:-/tmp/runtime-$(id -u)}
+mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
 
 BASE_PACKAGES=(cmake make g++ pkg-config qtbase5-dev qtbase5-dev-tools libqt5opengl5-dev
   libtiff-dev libgl1-mesa-dev libglu1-mesa-dev libgl1-mesa-dri xvfb xauth

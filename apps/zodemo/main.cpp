@@ -1,14 +1,107 @@
-// zodemo: the host application of the utility library. It drives the library
-// the way the imaging application does; with --headless it runs without
-// waiting for a person and reports what it did.
+// zodemo: the host application of the utility library. It starts up the way
+// the imaging application does (message handler, log, preferences, a user),
+// runs one simulated acquisition through the library, shows the results in
+// its window and shuts down with the log's summary. With --headless it does
+// the same without waiting for a person, saves PNGs of its window, plots and
+// probe menu, and prints a report of what it did and where the files are.
 
+#include "cplpreferencemanager.h"
+#include "cplpreferenceuser.h"
+#include "czopreference.h"
+#include "czoslog.h"
+#include "czosstatusprogressbar.h"
+#include "czosglxyplot.h"
 #include "czosutilitylibrary.h"
-#include "generalutilities.h"
+#include "czosxyplot.h"
+#include "czotreemenucombobox.h"
+#include "czoutilityfns.h"
+#include "demoacquisition.h"
+#include "demowindow.h"
 #include "zoconstants.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QDir>
+#include <QMenu>
+#include <QScreen>
 #include <QTextStream>
+#include <QThread>
+#include <QTimer>
+
+namespace {
+
+// Lets deferred log entries and paint events through.
+void pump(int rounds = 3)
+{
+    for (int i = 0; i < rounds; ++i)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+}
+
+// Selects the demo user "DEM", creating it on the first run.
+void selectUser(bool headless)
+{
+    CPLPreferenceManager *manager = CZOPreference::getPreferenceManager();
+    if (!headless)
+        CZOPreference::doUserSelection();
+    if (!CZOPreference::getActiveUser()) {
+        const QString name = QStringLiteral("DEM");
+        manager->addUser(name, QString()); // activates DEM when it exists already
+        if (!CZOPreference::getActiveUser())
+            manager->setActiveUser(unsigned(manager->getUserIndex(name)));
+    }
+    CZOPreference::readUserTxtFile();
+}
+
+QImage screenPicture(const QRect &area)
+{
+    QScreen *screen = QGuiApplication::primaryScreen();
+    return screen ? screen->grabWindow(0, area.x(), area.y(), area.width(), area.height()).toImage() : QImage();
+}
+
+// The probe menu opened three levels deep, down to the green dyes.
+QImage probeMenuPicture(CZOTreeMenuComboBox *combo)
+{
+    QMenu *menu = combo ? combo->menu() : nullptr;
+    if (!menu)
+        return QImage();
+    const QStringList path{QStringLiteral("Fluorescent Probes"), QStringLiteral("By Emission Color"),
+                           QStringLiteral("Green")};
+    QList<QMenu *> open{menu};
+    menu->popup(combo->mapToGlobal(QPoint(0, combo->height())));
+    pump(3);
+    QRect area = menu->geometry();
+    for (const QString &title : path) {
+        QMenu *parent = open.last();
+        QMenu *sub = nullptr;
+        for (QAction *action : parent->actions()) {
+            if (action->menu() && action->text() == title) {
+                sub = action->menu();
+                parent->setActiveAction(action);
+                sub->popup(parent->mapToGlobal(parent->actionGeometry(action).topRight()));
+                break;
+            }
+        }
+        if (!sub)
+            break;
+        pump(3);
+        open << sub;
+        area = area.united(sub->geometry());
+    }
+    const QImage picture = screenPicture(area.adjusted(-2, -2, 2, 2));
+    for (int i = open.size() - 1; i >= 0; --i)
+        open[i]->hide();
+    return picture;
+}
+
+bool savePng(const QImage &image, const QString &path, QStringList &files)
+{
+    if (image.isNull() || !image.save(path))
+        return false;
+    files << path;
+    return true;
+}
+
+} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -17,23 +110,91 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationName(ZO_PRODUCT_ZOLVANE);
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Demonstrates the zoutils library."));
+    parser.setApplicationDescription(QStringLiteral("Runs one simulated acquisition through the zoutils library."));
     parser.addHelpOption();
-    QCommandLineOption headless(QStringLiteral("headless"), QStringLiteral("Run without waiting for a person."));
-    parser.addOption(headless);
+    QCommandLineOption headlessOption(QStringLiteral("headless"), QStringLiteral("Run without waiting for a person."));
+    QCommandLineOption outOption(QStringLiteral("out"), QStringLiteral("Output folder (default: ./zodemo-output)."),
+                                 QStringLiteral("folder"), QStringLiteral("zodemo-output"));
+    parser.addOption(headlessOption);
+    parser.addOption(outOption);
     parser.process(app);
+    const bool headless = parser.isSet(headlessOption);
+    QDir().mkpath(parser.value(outOption));
+    const QString out = QDir(parser.value(outOption)).absolutePath();
 
-    QTextStream out(stdout);
-    out << "zodemo: library marker fnZOSUtilityLibrary() = " << fnZOSUtilityLibrary() << "\n";
-    out << "  time stamp           " << getCurrentDateAndTimeAsString() << "\n";
-    out << "  doubleToString       0.01 -> " << doubleToString(0.01, 2, 2)
-        << ", 12345 -> " << doubleToString(12345.0, 2, 2) << "\n";
-    out << "  wavelength 532 nm    #" << QString::number(convertWaveLengthToRGB(532.0), 16) << "\n";
-    out << "  line (0,0)-(3,-1)    " << getIntermediatePoints(0, 0, 3, -1).size() << " pixels\n";
-    QString path = QStringLiteral("/data/imaging/2026/november/experiment-42/mouse-7/ClickInfo.txt");
-    shortenFolderNameForDisplay(path);
-    out << "  shortened path       " << path << "\n";
-    out << "  MD5 of \"\"            " << getMD5String(QString()) << "\n";
-    out.flush();
-    return 0;
+    // Everything the library writes lands in the output folder: the
+    // application data folder, the machine-wide profile folder, the roaming one.
+    qputenv("ZO_DATA_ROOT", QFile::encodeName(out + QStringLiteral("/appdata")));
+    qputenv("ALLUSERSPROFILE", QFile::encodeName(out + QStringLiteral("/allusers")));
+    qputenv("APPDATA", QFile::encodeName(out + QStringLiteral("/roaming")));
+
+    // Start-up: toolkit messages into the log, the log, the preferences, a user.
+    installZOSMessageHandler();
+    CZOSLogEventHandler::install();
+    beginLog(ZO_PRODUCT_ZOLVANE);
+    CZOPreference::setAppVersion(QStringLiteral("4.7.2"));
+    const tag_estatus prefStatus = CZOPreference::loadPreferences();
+    selectUser(headless);
+    ZOS_LOG(QStringLiteral("zodemo started, preferences status %1").arg(int(prefStatus)), ZOS_LOG_INFORMATION);
+
+    DemoWindow window;
+    window.show();
+    pump();
+
+    CZOSStatusProgressBar *progress = window.progressBar();
+    progress->startProgress(QObject::tr("Acquiring"), DemoAcquisition::stepCount());
+    DemoAcquisition acquisition(out);
+    DemoResult result = acquisition.run([progress](int step, const QString &text) {
+        progress->setProgress(text, step);
+        pump(1);
+        if (!qEnvironmentVariableIsSet("ZODEMO_FAST"))
+            QThread::msleep(120); // slow enough to see the bar move
+    });
+    window.showResult(result);
+    progress->endProgress(result.ok ? QObject::tr("Acquisition done") : QObject::tr("Acquisition failed"), 1500);
+    pump();
+
+    QStringList files = result.files;
+    int exitCode = result.ok ? 0 : 1;
+    if (headless) {
+        window.resize(1200, 640);
+        pump(5);
+        // From the screen: a widget grab leaves the GL plot black.
+        savePng(screenPicture(window.frameGeometry()), out + QStringLiteral("/window.png"), files);
+        savePng(window.profilePlot()->getPrintImage(), out + QStringLiteral("/profile.png"), files);
+        savePng(window.histogramPlot()->getPrintImage(), out + QStringLiteral("/histogram.png"), files);
+        savePng(probeMenuPicture(window.probeCombo()), out + QStringLiteral("/probe-menu.png"), files);
+    } else {
+        exitCode = app.exec();
+    }
+
+    // Shut-down: settings and profile saved, the log closed with its summary.
+    CZOPreference::writeUserTxtFile();
+    CZOPreference::getPreferenceManager()->saveData();
+    CPLPreferenceUser *user = CZOPreference::getActiveUser();
+    pump();
+    CZOSLog *log = getLogObject();
+    const QString logPath = log ? log->fileName() : QString();
+    const int errors = log ? log->errors() : 0;
+    const int warnings = log ? log->warnings() : 0;
+    closeLog();
+    if (!logPath.isEmpty())
+        files << logPath;
+    if (user) {
+        QString name;
+        user->getUserName(&name);
+        files << CZOPreference::getUserProfileDirPath() + QStringLiteral("/profiles/") + name + QStringLiteral(".txt");
+    }
+
+    QTextStream report(stdout);
+    report << "zodemo " << CZOUtilityFns::getAppName() << " (library marker " << fnZOSUtilityLibrary() << ")\n";
+    report << "  user " << CZOPreference::getActiveUserName() << ", click " << result.clickNumber << "\n";
+    for (const QString &line : qAsConst(result.report))
+        report << "  " << line << "\n";
+    report << "  log: " << errors << " errors, " << warnings << " warnings\n";
+    report << "files in " << out << ":\n";
+    for (const QString &file : qAsConst(files))
+        report << "  " << QDir(out).relativeFilePath(file) << (QFileInfo::exists(file) ? "" : "  (missing)") << "\n";
+    report.flush();
+    return exitCode;
 }
