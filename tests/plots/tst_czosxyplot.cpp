@@ -356,6 +356,19 @@ private slots:
         QVERIFY(m_plot->saveData(QFile::encodeName(dir.filePath("bad.csv")).constData()));
     }
 
+    void noRangeStillDrawsReferenceLinesAndMarkers()
+    {
+        QVERIFY(m_plot->addDataLine("nothing finite", {NaN, Inf}, {1, NaN}));
+        m_plot->setReferenceLineY(true);
+        m_plot->setReferenceLinePosY(0.5);
+        m_plot->addMarkerX("m", 3, Qt::green);
+        const QImage image = m_plot->getPrintImage();
+        QCOMPARE(countColour(image, qRgb(0, 0, 0), QRect(36, 36, 1, 198)), 0); // no Y axis
+        QCOMPARE(countColour(image, qRgb(0, 0, 0), QRect(36, 235, 198, 1)), 0); // no X axis
+        QVERIFY(countColour(image, qRgb(255, 0, 0), QRect(35, 135, 200, 1)) > 190);
+        QVERIFY(countColour(image, QColor(Qt::green).rgb(), image.rect()) > 50);
+    }
+
     void removalAndSettings()
     {
         QVERIFY(m_plot->addDataLine("a", {1, 2}, {1, 2}));

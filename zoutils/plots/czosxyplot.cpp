@@ -609,10 +609,10 @@ void CZOSXYPlot::paintPlot(QPainter &painter)
             drawLegend(painter);
         }
     }
+    // In every case, even without a usable range (markers then collapse onto
+    // the axis origin).
     drawReferenceLines(painter);
-    if (body) {
-        drawMarkers(painter); // markers sit at data values, which need a range
-    }
+    drawMarkers(painter);
 }
 
 void CZOSXYPlot::drawShadedRectangle(QPainter &painter)
