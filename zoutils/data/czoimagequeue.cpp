@@ -13,6 +13,15 @@ namespace {
 
 constexpr quint64 kMaxFileOffset = quint64(std::numeric_limits<qint64>::max());
 
+// a * b, or false when it passes `limit`.
+bool multiplyWithin(quint64 a, quint64 b, quint64 limit, quint64 &product)
+{
+    if (b != 0 && a > limit / b)
+        return false;
+    product = a * b;
+    return product <= limit;
+}
+
 // Bytes of one frame, or 0 when the type is unknown, a side is not positive or
 // the size does not fit a file offset.
 quint64 frameBytes(ZOSDataTypes type, int width, int height)
@@ -20,9 +29,10 @@ quint64 frameBytes(ZOSDataTypes type, int width, int height)
     const int pixelBytes = sizeInBytes(type);
     if (pixelBytes <= 0 || width <= 0 || height <= 0)
         return 0;
+    quint64 pixels = 0;
     quint64 bytes = 0;
-    if (__builtin_mul_overflow(quint64(width), quint64(height), &bytes)
-        || __builtin_mul_overflow(bytes, quint64(pixelBytes), &bytes) || bytes > kMaxFileOffset)
+    if (!multiplyWithin(quint64(width), quint64(height), kMaxFileOffset, pixels)
+        || !multiplyWithin(pixels, quint64(pixelBytes), kMaxFileOffset, bytes))
         return 0;
     return bytes;
 }
@@ -31,8 +41,7 @@ quint64 frameBytes(ZOSDataTypes type, int width, int height)
 quint64 endOfSlots(quint64 slotCount, quint64 frameSize)
 {
     quint64 bytes = 0;
-    if (__builtin_mul_overflow(slotCount, frameSize, &bytes)
-        || bytes > kMaxFileOffset - CZOImageQueue::HeaderSize)
+    if (!multiplyWithin(slotCount, frameSize, kMaxFileOffset - CZOImageQueue::HeaderSize, bytes))
         return 0;
     return bytes + CZOImageQueue::HeaderSize;
 }
