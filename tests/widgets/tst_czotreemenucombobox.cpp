@@ -7,92 +7,87 @@
 
 namespace {
 
-QString probeName(int i)
+QString probe(int i)
 {
     return QStringLiteral("Probe %1").arg(i, 3, 10, QLatin1Char('0'));
 }
 
-// A well-formed probe file: `count` probes in two categories, and the
-// recently used names given.
+// `count` probes in two categories, after a "Recently Used" holding `recent`.
 QByteArray probeFile(int count, const QStringList &recent = {})
 {
-    QString xml = QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                                 "<Category Name=\"Fluorescent Probes\">\n"
-                                 "    <Category Name=\"Recently Used\">\n");
+    QString xml = QStringLiteral("<?xml version=\"1.0\"?>\n<Category Name=\"Fluorescent Probes\">\n"
+                                 "<Category Name=\"Recently Used\">\n");
     for (const QString &name : recent)
-        xml += QStringLiteral("        <PROBE Name=\"%1\"/>\n").arg(name);
-    xml += QStringLiteral("    </Category>\n    <Category Name=\"Dyes\">\n");
+        xml += QStringLiteral("<PROBE Name=\"%1\"/>\n").arg(name);
+    xml += QStringLiteral("</Category>\n<Category Name=\"Dyes\">\n");
     for (int i = 0; i < count; ++i) {
         if (i == count / 2)
-            xml += QStringLiteral("    </Category>\n    <Category Name=\"Proteins\">\n");
-        xml += QStringLiteral("        <PROBE Name=\"%1\"/>\n").arg(probeName(i));
+            xml += QStringLiteral("</Category>\n<Category Name=\"Proteins\">\n");
+        xml += QStringLiteral("<PROBE Name=\"%1\"/>\n").arg(probe(i));
     }
-    xml += QStringLiteral("    </Category>\n</Category>\n");
-    return xml.toUtf8();
+    return (xml + QStringLiteral("</Category>\n</Category>\n")).toUtf8();
 }
 
-QAction *findAction(QMenu *menu, const QString &text)
+QMenu *submenu(QMenu *menu, const QString &title)
 {
-    for (QAction *action : menu->actions()) {
-        if (QMenu *sub = action->menu()) {
-            if (QAction *found = findAction(sub, text))
-                return found;
-        } else if (action->text() == text) {
-            return action;
-        }
-    }
-    return nullptr;
-}
-
-QMenu *findSubmenu(QMenu *menu, const QString &title)
-{
-    for (QAction *action : menu->actions()) {
-        if (QMenu *sub = action->menu()) {
+    for (QAction *a : menu->actions()) {
+        if (QMenu *sub = a->menu()) {
             if (sub->title() == title)
                 return sub;
-            if (QMenu *found = findSubmenu(sub, title))
+            if (QMenu *found = submenu(sub, title))
                 return found;
         }
     }
     return nullptr;
 }
 
-QStringList checkedTexts(CZOTreeMenuComboBox &combo)
+QList<QAction *> probeActions(CZOTreeMenuComboBox &combo)
 {
     QList<QAction *> actions;
     combo.obtainChilrentActionsOfRootMenu(&actions, combo.menu());
+    return actions;
+}
+
+QAction *action(CZOTreeMenuComboBox &combo, const QString &text)
+{
+    for (QAction *a : probeActions(combo))
+        if (a->text() == text)
+            return a;
+    return nullptr;
+}
+
+QStringList checked(CZOTreeMenuComboBox &combo)
+{
     QStringList texts;
-    for (QAction *a : actions)
+    for (QAction *a : probeActions(combo))
         if (a->isChecked())
             texts << a->text();
     return texts;
 }
 
-QStringList comboItems(const QComboBox &combo)
+QStringList texts(const QList<QAction *> &actions)
 {
-    QStringList items;
-    for (int i = 0; i < combo.count(); ++i)
-        items << combo.itemText(i);
-    return items;
+    QStringList out;
+    for (QAction *a : actions)
+        out << a->text();
+    return out;
 }
 
-int depthBelow(const QStandardItem *item)
+// Branches with one child lose it when written back; the shipped file has none.
+int singleChildBranches(const QStandardItem *item)
+{
+    int n = 0;
+    for (int r = 0; r < item->rowCount(); ++r)
+        n += (item->child(r)->rowCount() == 1) + singleChildBranches(item->child(r));
+    return n;
+}
+
+int depth(const QStandardItem *item)
 {
     int deepest = 0;
     for (int r = 0; r < item->rowCount(); ++r)
-        deepest = std::max(deepest, 1 + depthBelow(item->child(r)));
+        deepest = std::max(deepest, 1 + depth(item->child(r)));
     return deepest;
-}
-
-// Branches with exactly one child lose it when written back.
-void collectSingleChildBranches(const QStandardItem *item, QStringList *out)
-{
-    for (int r = 0; r < item->rowCount(); ++r) {
-        const QStandardItem *child = item->child(r);
-        if (child->rowCount() == 1)
-            *out << child->text();
-        collectSingleChildBranches(child, out);
-    }
 }
 
 } // namespace
@@ -105,24 +100,18 @@ private slots:
     void init();
     void cleanup();
 
-    void builtInFileInstalledOnFirstUse();
-    void builtInFileSurvivesRewriting();
+    void builtInFileInstalledAndRewritable();
     void choosingFromTheMenu();
-    void clickingARootItem();
     void displayTypes_data();
     void displayTypes();
     void recentList_data();
     void recentList();
-    void recentListMergesWithTheFile();
-    void recentMenuAndMultipleSelection();
+    void menuOptions();
     void oneChildCategoryWrittenAsProbe();
-    void alphabeticalCategory();
     void badFiles_data();
     void badFiles();
     void blankNamesKeepTheStructure();
-    void missingFileLogged();
-    void unwritableFileLogged();
-    void noProbeFolderUsesTheBuiltInList();
+    void unreadableAndUnwritable();
 
 private:
     QString probesPath() const { return m_dir->filePath(QStringLiteral("Probes/ProbesTree.xml")); }
@@ -166,137 +155,88 @@ QString TestCZOTreeMenuComboBox::logText()
     return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
 }
 
-void TestCZOTreeMenuComboBox::builtInFileInstalledOnFirstUse()
+void TestCZOTreeMenuComboBox::builtInFileInstalledAndRewritable()
 {
-    QVERIFY(!QFile::exists(probesPath()));
-    CZOTreeMenuComboBox combo;
-    QCOMPARE(combo.filePath(), probesPath());
-    QFile installed(probesPath());
-    QVERIFY(installed.open(QIODevice::ReadOnly));
-    QFile builtIn(CZOTreeMenuComboBox::builtInProbeFile());
-    QVERIFY(builtIn.open(QIODevice::ReadOnly));
-    QCOMPARE(installed.readAll(), builtIn.readAll());
-    QVERIFY(QFileInfo(probesPath()).isWritable());
-
-    QVERIFY(combo.loadedProbeCount() >= CZOTreeMenuComboBox::expectedMinimumProbes());
-    QCOMPARE(combo.probeNames().size(), combo.loadedProbeCount());
-    QCOMPARE(combo.recentlyUsedProbes(), QStringList());
-    QVERIFY(!logText().contains(QStringLiteral("Load Failed")));
-    QCOMPARE(combo.count(), 0);
-
-    // Every probe can be chosen from the menu.
-    QList<QAction *> actions;
-    combo.obtainChilrentActionsOfRootMenu(&actions, combo.menu());
-    QSet<QString> offered;
-    for (QAction *a : actions)
-        offered.insert(a->text());
-    for (const QString &name : combo.probeNames())
-        QVERIFY2(offered.contains(name), qPrintable(name));
-
-    // No category of the shipped file may lose its probe when written back.
-    QStringList single;
-    collectSingleChildBranches(combo.treeModel()->item(0), &single);
-    QCOMPARE(single, QStringList());
-}
-
-void TestCZOTreeMenuComboBox::builtInFileSurvivesRewriting()
-{
-    QStringList before;
+    QStringList names;
     {
         CZOTreeMenuComboBox combo;
-        before = combo.probeNames();
+        QCOMPARE(combo.filePath(), probesPath());
+        QFile installed(probesPath()), builtIn(CZOTreeMenuComboBox::builtInProbeFile());
+        QVERIFY(installed.open(QIODevice::ReadOnly) && builtIn.open(QIODevice::ReadOnly));
+        QCOMPARE(installed.readAll(), builtIn.readAll());
+        QVERIFY(combo.loadedProbeCount() >= 98);
+        QVERIFY(!logText().contains(QStringLiteral("Load Failed")));
+        QCOMPARE(singleChildBranches(combo.treeModel()->item(0)), 0);
+        const QStringList offered = texts(probeActions(combo));
+        for (const QString &name : combo.probeNames())
+            QVERIFY2(offered.contains(name), qPrintable(name));
+        names = combo.probeNames();
         QVERIFY(combo.saveRecentUsedProbes({QStringLiteral("EGFP"), QStringLiteral("Indocyanine Green")}));
     }
-    CZOTreeMenuComboBox again;
-    QStringList after = again.probeNames();
-    after.sort();
-    before.sort();
-    QCOMPARE(after, before); // the recent names now come first in file order
-    QCOMPARE(again.recentlyUsedProbes(), QStringList({QStringLiteral("Indocyanine Green"), QStringLiteral("EGFP")}));
-    QMenu *recent = findSubmenu(again.menu(), QStringLiteral("Recently Used"));
-    QVERIFY(recent);
-    QCOMPARE(recent->actions().size(), 2);
-    QCOMPARE(recent->actions().first()->text(), QStringLiteral("Indocyanine Green"));
+    CZOTreeMenuComboBox again; // the rewritten copy keeps every probe
+    QStringList reread = again.probeNames();
+    std::sort(names.begin(), names.end());
+    std::sort(reread.begin(), reread.end());
+    QCOMPARE(reread, names);
+    QCOMPARE(texts(submenu(again.menu(), QStringLiteral("Recently Used"))->actions()),
+             QStringList({"Indocyanine Green", "EGFP"}));
 }
 
 void TestCZOTreeMenuComboBox::choosingFromTheMenu()
 {
-    writeProbes(probeFile(100, {probeName(7)}));
+    writeProbes(probeFile(100, {probe(7)}));
     CZOTreeMenuComboBox combo;
-    combo.show();
-    combo.showPopup();
-    QVERIFY(QTest::qWaitForWindowExposed(combo.menu()));
-    QCOMPARE(combo.menu()->actions().size(), 1); // the file's one top category
-    QVERIFY(combo.menu()->styleSheet().startsWith(QStringLiteral("QMenu {background-color: white;")));
-
-    QAction *seven = findAction(findSubmenu(combo.menu(), QStringLiteral("Dyes")), probeName(7));
-    QVERIFY(seven && seven->isCheckable());
-    seven->trigger();
-    QCOMPARE(comboItems(combo), QStringList({probeName(7)}));
-    QCOMPARE(combo.currentText(), probeName(7));
-    // Also in "Recently Used": every action of the probe is checked.
-    QCOMPARE(checkedTexts(combo), QStringList({probeName(7), probeName(7)}));
-
-    QAction *sixty = findAction(combo.menu(), probeName(60));
-    sixty->trigger();
-    QCOMPARE(comboItems(combo), QStringList({probeName(60), probeName(7)}));
-    QCOMPARE(checkedTexts(combo), QStringList({probeName(60)}));
-
-    // A probe already in the combo becomes current, not a second item.
-    findAction(combo.menu(), probeName(7))->trigger();
-    QCOMPARE(comboItems(combo), QStringList({probeName(60), probeName(7)}));
-    QCOMPARE(combo.currentIndex(), 1);
-
-    // Choosing in the combo itself moves the check marks.
-    combo.setCurrentIndex(0);
-    QCOMPARE(checkedTexts(combo), QStringList({probeName(60)}));
-}
-
-void TestCZOTreeMenuComboBox::clickingARootItem()
-{
-    writeProbes(probeFile(100));
-    CZOTreeMenuComboBox combo(PROBETREE_AUTOFLUORESCENCE);
     combo.show();
     combo.showPopup();
     QMenu *menu = combo.menu();
     QVERIFY(QTest::qWaitForWindowExposed(menu));
-    QAction *food = findAction(menu, QStringLiteral("ALFood"));
-    QVERIFY(food);
-    QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier, menu->actionGeometry(food).center());
-    QCOMPARE(combo.currentText(), QStringLiteral("ALFood"));
-    QVERIFY(food->isChecked());
-    QTRY_VERIFY(!menu->isVisible());
+    QVERIFY(menu->styleSheet().startsWith(QStringLiteral("QMenu {background-color: white;")));
+
+    submenu(menu, QStringLiteral("Dyes"))->actions().at(7)->trigger();
+    QCOMPARE(combo.count(), 1);
+    QCOMPARE(combo.currentText(), probe(7));
+    QCOMPARE(checked(combo), QStringList({probe(7), probe(7)})); // in "Recently Used" too
+    action(combo, probe(60))->trigger();
+    QCOMPARE(combo.itemText(0), probe(60)); // newest on top
+    QCOMPARE(checked(combo), QStringList({probe(60)}));
+    action(combo, probe(7))->trigger(); // known: made current, not added
+    QCOMPARE(combo.count(), 2);
+    QCOMPARE(combo.currentIndex(), 1);
+    combo.setCurrentIndex(0); // choosing in the combo moves the check marks
+    QCOMPARE(checked(combo), QStringList({probe(60)}));
 }
 
 void TestCZOTreeMenuComboBox::displayTypes_data()
 {
     QTest::addColumn<int>("type");
     QTest::addColumn<QStringList>("extraRootItems");
-    QTest::addColumn<bool>("extraProbeNames");
-    QTest::newRow("0 adds nothing") << 0 << QStringList() << false;
-    QTest::newRow("1 quantum dots and input") << 1 << QStringList{"Qdot info", "Input Ex/Em"} << false;
-    QTest::newRow("2 like 1") << 2 << QStringList{"Qdot info", "Input Ex/Em"} << false;
-    QTest::newRow("3 autofluorescence") << 3 << QStringList{"Unknown", "ALFood", "ALFree"} << true;
-    QTest::newRow("4 like 3") << 4 << QStringList{"Unknown", "ALFood", "ALFree"} << true;
-    QTest::newRow("unknown value adds nothing") << 9 << QStringList() << false;
+    QTest::newRow("0 adds nothing") << 0 << QStringList();
+    QTest::newRow("2 quantum dots and input") << 2 << QStringList{"Qdot info", "Input Ex/Em"};
+    QTest::newRow("3 autofluorescence") << 3 << QStringList{"Unknown", "ALFood", "ALFree"};
+    QTest::newRow("unknown value adds nothing") << 9 << QStringList();
 }
 
 void TestCZOTreeMenuComboBox::displayTypes()
 {
     QFETCH(int, type);
     QFETCH(QStringList, extraRootItems);
-    QFETCH(bool, extraProbeNames);
     writeProbes(probeFile(100));
     CZOTreeMenuComboBox combo(static_cast<PROBETREEDISPLAYTYPE>(type));
-    QStringList rootTexts;
-    for (QAction *a : combo.menu()->actions())
-        rootTexts << a->text();
-    QCOMPARE(rootTexts, QStringList{"Fluorescent Probes"} + extraRootItems);
-    QCOMPARE(combo.loadedProbeCount(), 100);
-    QCOMPARE(combo.probeNames().contains(QStringLiteral("KRV-2")), extraProbeNames);
-    QCOMPARE(combo.probeNames().contains(QStringLiteral("Unknown")), extraProbeNames);
-    // The extras are shown, never written to the file.
-    QVERIFY(combo.saveRecentUsedProbes({probeName(1)}));
+    QCOMPARE(texts(combo.menu()->actions()), QStringList{"Fluorescent Probes"} + extraRootItems);
+    const bool autofluorescence = type == 3;
+    QCOMPARE(combo.probeNames().contains(QStringLiteral("KRV-2")), autofluorescence);
+    QCOMPARE(combo.saveRecentUsedProbes({QStringLiteral("Unknown")}), true);
+    QCOMPARE(combo.recentlyUsedProbes().size(), autofluorescence ? 1 : 0);
+
+    // A user clicks a root item; the extras are never written to the file.
+    if (!extraRootItems.isEmpty()) {
+        combo.showPopup();
+        QVERIFY(QTest::qWaitForWindowExposed(combo.menu()));
+        QAction *item = combo.menu()->actions().last();
+        QTest::mouseClick(combo.menu(), Qt::LeftButton, {}, combo.menu()->actionGeometry(item).center());
+        QCOMPARE(combo.currentText(), extraRootItems.last());
+        QVERIFY(item->isChecked());
+    }
     QFile f(probesPath());
     QVERIFY(f.open(QIODevice::ReadOnly));
     const QByteArray written = f.readAll();
@@ -305,139 +245,106 @@ void TestCZOTreeMenuComboBox::displayTypes()
 
 void TestCZOTreeMenuComboBox::recentList_data()
 {
+    QTest::addColumn<QStringList>("inFile");
     QTest::addColumn<QStringList>("used");
     QTest::addColumn<bool>("result");
     QTest::addColumn<QStringList>("recent");
-    const QString a = probeName(1), b = probeName(2), c = probeName(3);
-    QTest::newRow("later copy wins") << QStringList{a, b, a} << true << QStringList{a, b};
-    QTest::newRow("last given first") << QStringList{a, b, c} << true << QStringList{c, b, a};
-    QTest::newRow("unknown, empty and null skipped")
-        << QStringList{a, QStringLiteral("Not A Probe"), QString(""), QString(), probeName(1).toLower()} << true
-        << QStringList{a};
-    QStringList twelve;
-    QStringList lastTen;
+    const QString a = probe(1), b = probe(2), c = probe(3);
+    QTest::newRow("later copy wins") << QStringList() << QStringList{a, b, a} << true << QStringList{a, b};
+    QTest::newRow("merged with the file's, newest first") << QStringList{b, c} << QStringList{c, a} << true
+                                                          << QStringList{a, c, b};
+    QTest::newRow("unknown, empty, null and other case skipped")
+        << QStringList() << QStringList{a, "Not A Probe", "", QString(), a.toLower()} << true << QStringList{a};
+    QStringList twelve, lastTen;
     for (int i = 0; i < 12; ++i)
-        twelve << probeName(i);
+        twelve << probe(i);
     for (int i = 11; i >= 2; --i)
-        lastTen << probeName(i);
-    QTest::newRow("twelve keep the last ten") << twelve << true << lastTen;
-    QTest::newRow("empty list refused") << QStringList() << false << QStringList();
-    QTest::newRow("only unknown names still rewrite") << QStringList{QStringLiteral("Nope")} << true << QStringList();
+        lastTen << probe(i);
+    QTest::newRow("twelve keep the last ten") << QStringList() << twelve << true << lastTen;
+    QTest::newRow("empty list refused") << QStringList{a} << QStringList() << false << QStringList{a};
 }
 
 void TestCZOTreeMenuComboBox::recentList()
 {
+    QFETCH(QStringList, inFile);
     QFETCH(QStringList, used);
     QFETCH(bool, result);
     QFETCH(QStringList, recent);
-    writeProbes(probeFile(100));
-    const QDateTime before = QFileInfo(probesPath()).lastModified();
+    writeProbes(probeFile(100, inFile));
     {
         CZOTreeMenuComboBox combo;
+        QCOMPARE(combo.recentlyUsedProbes(), inFile);
         QCOMPARE(combo.saveRecentUsedProbes(used), result);
         QCOMPARE(combo.recentlyUsedProbes(), recent);
-        QMenu *menu = findSubmenu(combo.menu(), QStringLiteral("Recently Used"));
-        QVERIFY(menu);
-        QCOMPARE(menu->actions().size(), recent.size());
-        QCOMPARE(menu->isEnabled(), !recent.isEmpty());
+        QCOMPARE(texts(submenu(combo.menu(), QStringLiteral("Recently Used"))->actions()), recent);
     }
-    if (!result)
-        QCOMPARE(QFileInfo(probesPath()).lastModified(), before);
     CZOTreeMenuComboBox reread;
     QCOMPARE(reread.recentlyUsedProbes(), recent);
     QCOMPARE(reread.loadedProbeCount(), 100);
 }
 
-void TestCZOTreeMenuComboBox::recentListMergesWithTheFile()
+void TestCZOTreeMenuComboBox::menuOptions()
 {
-    writeProbes(probeFile(100, {probeName(5), probeName(6)}));
+    QByteArray xml = probeFile(100, {probe(5)});
+    writeProbes(xml.replace("Probe 001", "apricot").replace("Probe 002", "Zebra"));
     CZOTreeMenuComboBox combo;
-    QCOMPARE(combo.recentlyUsedProbes(), QStringList({probeName(5), probeName(6)}));
-    QVERIFY(combo.saveRecentUsedProbes({probeName(6), probeName(9)}));
-    QCOMPARE(combo.recentlyUsedProbes(), QStringList({probeName(9), probeName(6), probeName(5)}));
-}
-
-void TestCZOTreeMenuComboBox::recentMenuAndMultipleSelection()
-{
-    writeProbes(probeFile(100, {probeName(5)}));
-    CZOTreeMenuComboBox combo;
-    QVERIFY(findSubmenu(combo.menu(), QStringLiteral("Recently Used")));
     combo.setShowRecentlyUsedProbeList(false);
-    QVERIFY(!findSubmenu(combo.menu(), QStringLiteral("Recently Used")));
-    QVERIFY(findSubmenu(combo.menu(), QStringLiteral("Dyes")));
+    QVERIFY(!submenu(combo.menu(), QStringLiteral("Recently Used")));
+    QVERIFY(submenu(combo.menu(), QStringLiteral("Dyes")));
 
     combo.setAllowSelectMultiMenuItem(true);
-    QVERIFY(findSubmenu(combo.menu(), QStringLiteral("Dyes"))->styleSheet().isEmpty());
-    findAction(combo.menu(), probeName(1))->trigger();
-    findAction(combo.menu(), probeName(70))->trigger();
-    QCOMPARE(checkedTexts(combo), QStringList({probeName(1), probeName(70)}));
+    QVERIFY(submenu(combo.menu(), QStringLiteral("Dyes"))->styleSheet().isEmpty());
+    action(combo, probe(10))->trigger();
+    action(combo, probe(70))->trigger();
+    QCOMPARE(checked(combo), QStringList({probe(10), probe(70)}));
     QCOMPARE(combo.count(), 0);
+
+    QStandardItem *root = combo.displayModel()->item(0);
+    QVERIFY(!combo.addNewCategoryStdItemFromStringList(nullptr, QStringLiteral("Alphabetical")));
+    QVERIFY(!combo.addNewCategoryStdItemFromStringList(root, QStringLiteral("  ")));
+    QVERIFY(combo.addNewCategoryStdItemFromStringList(root, QStringLiteral("Alphabetical")));
+    QMenu *alpha = submenu(combo.menu(), QStringLiteral("Alphabetical"));
+    QVERIFY(alpha);
+    QCOMPARE(texts(alpha->actions()), QStringList({"A", "P", "Z"}));
+    QCOMPARE(alpha->actions().at(1)->menu()->actions().size(), 98);
 }
 
 void TestCZOTreeMenuComboBox::oneChildCategoryWrittenAsProbe()
 {
     QByteArray xml = probeFile(100);
-    xml.replace("</Category>\n</Category>\n",
-                "</Category>\n    <Category Name=\"Lonely\">\n        <PROBE Name=\"Only Child\"/>\n"
-                "    </Category>\n</Category>\n");
-    writeProbes(xml);
+    writeProbes(xml.replace("</Category>\n</Category>\n",
+                            "</Category>\n<Category Name=\"Lonely\"><PROBE Name=\"Only Child\"/></Category>\n"
+                            "</Category>\n"));
     {
         CZOTreeMenuComboBox combo;
-        QVERIFY(findSubmenu(combo.menu(), QStringLiteral("Lonely")));
+        QVERIFY(submenu(combo.menu(), QStringLiteral("Lonely")));
         QVERIFY(combo.saveRecentUsedProbes({QStringLiteral("Only Child")}));
     }
     QFile f(probesPath());
     QVERIFY(f.open(QIODevice::ReadOnly));
     const QByteArray written = f.readAll();
     QVERIFY(written.contains("<PROBE Name=\"Lonely\"/>"));
-    QCOMPARE(written.count("Only Child"), 1); // kept in the recent list only
-}
-
-void TestCZOTreeMenuComboBox::alphabeticalCategory()
-{
-    QByteArray xml = probeFile(100);
-    xml.replace("Probe 001", "apricot").replace("Probe 002", "Zebra");
-    writeProbes(xml);
-    CZOTreeMenuComboBox combo;
-    QStandardItem *root = combo.displayModel()->item(0);
-    QVERIFY(!combo.addNewCategoryStdItemFromStringList(nullptr, QStringLiteral("Alphabetical")));
-    QVERIFY(!combo.addNewCategoryStdItemFromStringList(root, QStringLiteral("  ")));
-    QVERIFY(combo.addNewCategoryStdItemFromStringList(root, QStringLiteral("Alphabetical")));
-    QMenu *alpha = findSubmenu(combo.menu(), QStringLiteral("Alphabetical"));
-    QVERIFY(alpha);
-    QStringList groups;
-    for (QAction *a : alpha->actions())
-        groups << a->text();
-    QCOMPARE(groups, QStringList({"A", "P", "Z"}));
-    QCOMPARE(alpha->actions().at(1)->menu()->actions().size(), 98);
-    QCOMPARE(alpha->actions().at(0)->menu()->actions().first()->text(), QStringLiteral("apricot"));
+    QCOMPARE(written.count("Only Child"), 1); // left only in the recent list
 }
 
 void TestCZOTreeMenuComboBox::badFiles_data()
 {
     QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("loaded");
+    QTest::addColumn<int>("loaded"); // -1: some, fewer than the file holds
     QTest::addColumn<QStringList>("logLines");
     QTest::addColumn<bool>("rewritable");
-
     const QString shortLoad = QStringLiteral("Load Failed: Expect to load 98 items, loaded  %1 items.");
-    QTest::newRow("empty") << QByteArray() << 0 << QStringList{shortLoad.arg(0), "is not intact at line"} << false;
-    QTest::newRow("not XML") << QByteArray("probes: GFP, RFP\n") << 0
-                             << QStringList{shortLoad.arg(0), "is not intact at line 1"} << false;
+    QTest::newRow("empty") << QByteArray() << 0 << QStringList{shortLoad.arg(0), "is not intact"} << false;
+    QTest::newRow("not XML") << QByteArray("GFP, RFP\n") << 0 << QStringList{shortLoad.arg(0), "at line 1"} << false;
     const QByteArray full = probeFile(120);
-    QTest::newRow("truncated") << full.left(full.size() / 2) << -1
-                               << QStringList{"is not intact at line", "Premature end of document"} << false;
+    QTest::newRow("truncated") << full.left(full.size() / 2) << -1 << QStringList{"Premature end of document"}
+                               << false;
     QTest::newRow("97 probes keep the tree") << probeFile(97) << 97 << QStringList{shortLoad.arg(97)} << true;
-
     QByteArray deep = "<?xml version=\"1.0\"?>\n";
     for (int i = 0; i < 10000; ++i)
         deep += "<Category Name=\"L" + QByteArray::number(i) + "\">";
-    deep += "<PROBE Name=\"Bottom\"/>";
-    for (int i = 0; i < 10000; ++i)
-        deep += "</Category>";
-    QTest::newRow("10000 levels") << deep << 1
-                                  << QStringList{shortLoad.arg(1), "nested deeper than 32 levels were flattened"}
-                                  << false;
+    deep += "<PROBE Name=\"Bottom\"/>" + QByteArray("</Category>").repeated(10000);
+    QTest::newRow("10000 levels") << deep << 1 << QStringList{shortLoad.arg(1), "deeper than 32 levels"} << false;
 }
 
 void TestCZOTreeMenuComboBox::badFiles()
@@ -452,88 +359,62 @@ void TestCZOTreeMenuComboBox::badFiles()
         QCOMPARE(combo.loadedProbeCount(), loaded);
     else
         QVERIFY(combo.loadedProbeCount() > 0 && combo.loadedProbeCount() < 120);
-    QVERIFY(depthBelow(combo.displayModel()->item(0)) <= CZOTreeMenuComboBox::maxCategoryDepth() + 1);
-    QList<QAction *> actions;
-    combo.obtainChilrentActionsOfRootMenu(&actions, combo.menu());
-    QCOMPARE(actions.size(), combo.loadedProbeCount());
-
+    QCOMPARE(probeActions(combo).size(), combo.loadedProbeCount());
+    QVERIFY(depth(combo.displayModel()->item(0)) <= CZOTreeMenuComboBox::maxCategoryDepth() + 1);
     const QString log = logText();
-    for (const QString &line : logLines)
-        QVERIFY2(log.contains(line), qPrintable(line + QStringLiteral("\nnot in\n") + log));
     QVERIFY(log.contains(probesPath()));
+    for (const QString &line : logLines)
+        QVERIFY2(log.contains(line), qPrintable(line + QStringLiteral(" not in\n") + log));
 
+    // A damaged file is left for the user to repair, not overwritten with what could be read.
     QCOMPARE(combo.saveRecentUsedProbes({combo.probeNames().value(0)}), rewritable);
     QFile f(probesPath());
     QVERIFY(f.open(QIODevice::ReadOnly));
-    if (!rewritable) {
-        QCOMPARE(f.readAll(), bytes); // a damaged file is left for the user to repair
-        QVERIFY(logText().contains(QStringLiteral("Unable to add probes in use to recently used list. ")
-                                   + probesPath() + QStringLiteral(" : ")));
-    }
+    if (!rewritable)
+        QCOMPARE(f.readAll(), bytes);
 }
 
 void TestCZOTreeMenuComboBox::blankNamesKeepTheStructure()
 {
-    writeProbes("<Category Name=\"Top\">"
-                "<Category Name=\"A\"><Category Name=\"  \"><PROBE Name=\"inBlank\"/></Category>"
+    writeProbes("<Category Name=\"Top\"><Category Name=\"A\">"
+                "<Category Name=\"  \"><PROBE Name=\"inBlank\"/></Category>"
                 "<PROBE Name=\"\"/><PROBE Name=\" \"/><PROBE Name=\"afterBlank\"/></Category>"
-                "<Category Name=\"\"><PROBE Name=\"x\"/><PROBE Name=\"y\"/></Category>"
-                "<PROBE Name=\"last\"/></Category>");
+                "<Category Name=\"\"><PROBE Name=\"x\"/></Category><PROBE Name=\"last\"/></Category>");
     CZOTreeMenuComboBox combo;
-    QCOMPARE(combo.probeNames(), QStringList({"inBlank", "afterBlank", "x", "y", "last"}));
+    QCOMPARE(combo.probeNames(), QStringList({"inBlank", "afterBlank", "x", "last"}));
     QStandardItem *top = combo.treeModel()->item(0)->child(0);
-    QCOMPARE(top->text(), QStringLiteral("Top"));
-    QStringList children;
-    for (int r = 0; r < top->rowCount(); ++r)
-        children << top->child(r)->text();
-    QCOMPARE(children, QStringList({"A", "x", "y", "last"}));
-    QCOMPARE(top->child(0)->rowCount(), 2); // inBlank and afterBlank
+    QCOMPARE(top->rowCount(), 3); // "A", "x", "last": a blank category's end closes nothing
+    QCOMPARE(top->child(0)->rowCount(), 2);
+    QCOMPARE(top->child(2)->text(), QStringLiteral("last"));
 }
 
-void TestCZOTreeMenuComboBox::missingFileLogged()
+void TestCZOTreeMenuComboBox::unreadableAndUnwritable()
 {
     writeProbes(probeFile(100));
     CZOTreeMenuComboBox combo;
-    const QString missing = m_dir->filePath(QStringLiteral("nowhere/ProbesTree.xml"));
-    QScopedPointer<QStandardItemModel> model(combo.createTreeModelFromFile(missing));
-    QVERIFY(model);
-    QCOMPARE(model->rowCount(), 1);
-    QCOMPARE(model->item(0)->text(), QStringLiteral("ROOT"));
-    QCOMPARE(model->item(0)->rowCount(), 0);
-    QCOMPARE(combo.loadedProbeCount(), 0);
-    QVERIFY(logText().contains(QStringLiteral("Error   > Imaging Probe Tree (") + missing
-                               + QStringLiteral(") Load Failed: No such file or directory.")));
-    // Nothing was read, so nothing is written over the good file.
-    QVERIFY(!combo.saveRecentUsedProbes({probeName(1)}));
-    QCOMPARE(QFileInfo(probesPath()).size(), qint64(probeFile(100).size()));
-}
-
-void TestCZOTreeMenuComboBox::unwritableFileLogged()
-{
-    writeProbes(probeFile(100));
-    CZOTreeMenuComboBox combo;
-    // A folder in the file's place cannot be opened for writing, by anyone.
-    QVERIFY(QFile::remove(probesPath()));
-    QVERIFY(QDir().mkpath(probesPath()));
-    QVERIFY(!combo.saveRecentUsedProbes({probeName(1)}));
-    QCOMPARE(combo.recentlyUsedProbes(), QStringList({probeName(1)}));
+    // A folder in the file's place cannot be opened for writing, even by root.
+    QVERIFY(QFile::remove(probesPath()) && QDir().mkpath(probesPath()));
+    QVERIFY(!combo.saveRecentUsedProbes({probe(1)}));
+    QCOMPARE(combo.recentlyUsedProbes(), QStringList({probe(1)}));
     QVERIFY(logText().contains(QStringLiteral("Error   > Unable to add probes in use to recently used list. ")
                                + probesPath() + QStringLiteral(" : ")));
-}
 
-void TestCZOTreeMenuComboBox::noProbeFolderUsesTheBuiltInList()
-{
-    // A file where the data folder should be: no folder can be made below it.
+    const QString missing = m_dir->filePath(QStringLiteral("nowhere.xml"));
+    QScopedPointer<QStandardItemModel> model(combo.createTreeModelFromFile(missing));
+    QCOMPARE(model->item(0)->text(), QStringLiteral("ROOT"));
+    QCOMPARE(model->item(0)->rowCount(), 0);
+    QVERIFY(logText().contains(QStringLiteral("Error   > Imaging Probe Tree (") + missing
+                               + QStringLiteral(") Load Failed: No such file or directory.")));
+
+    // No probe folder can be made below a file: the built-in list is offered.
     QFile blocker(m_dir->filePath(QStringLiteral("blocker")));
     QVERIFY(blocker.open(QIODevice::WriteOnly));
-    blocker.close();
     qputenv("ZO_DATA_ROOT", blocker.fileName().toLocal8Bit() + '/');
-    CZOTreeMenuComboBox combo;
-    QCOMPARE(combo.filePath(), CZOTreeMenuComboBox::builtInProbeFile());
-    QVERIFY(combo.loadedProbeCount() >= 98);
-    QVERIFY(!combo.saveRecentUsedProbes({QStringLiteral("EGFP")}));
+    CZOTreeMenuComboBox builtIn;
     qputenv("ZO_DATA_ROOT", m_dir->path().toLocal8Bit() + '/');
-    QVERIFY(logText().contains(QStringLiteral("Unable to add probes in use to recently used list. :/zoutils/")));
+    QCOMPARE(builtIn.filePath(), CZOTreeMenuComboBox::builtInProbeFile());
+    QVERIFY(builtIn.loadedProbeCount() >= 98);
+    QVERIFY(!builtIn.saveRecentUsedProbes({QStringLiteral("EGFP")}));
 }
 
 QTEST_MAIN(TestCZOTreeMenuComboBox)
