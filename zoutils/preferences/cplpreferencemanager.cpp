@@ -296,8 +296,9 @@ void CPLPreferenceManager::removeAt(int index)
     QFile::remove(profilesFolder() + name + ZO_FILE_TXT_EXTENSION);
 }
 
-tag_estatus CPLPreferenceManager::deleteUser(const QString &name)
+tag_estatus CPLPreferenceManager::deleteUser(const QString &userName)
 {
+    const QString name = userName; // may be the active name, which removeAt() clears
     const int index = getUserIndex(name);
     if (index < 0)
         return ES_UNKNOWN_ERROR;

@@ -67,7 +67,7 @@ public:
     // Removing a user deletes its profile file and (deleteUser and
     // deleteActiveUser) its ROI folder. ES_UNKNOWN_ERROR when the user is not
     // known. Deleting the active user leaves no user active.
-    tag_estatus deleteUser(const QString &name);
+    tag_estatus deleteUser(const QString &userName);
     tag_estatus deleteActiveUser();
     tag_estatus deleteAllUsers();
 

@@ -82,10 +82,22 @@ int nextLineStartingWith(const QString &text, const QString &marker, int from)
     return -1;
 }
 
-bool writeAll(QSaveFile &file, const QString &text)
+// Latin-1, as profiles have always been written, unless that would not read
+// back the same (characters beyond Latin-1, or Latin-1 bytes that happen to
+// form UTF-8): then UTF-8, so that nothing is lost.
+QByteArray encodeProfile(const QString &text)
 {
-    const QByteArray bytes = text.toLatin1();
-    return file.write(bytes) == bytes.size();
+    bool ascii = true;
+    for (const QChar c : text) {
+        if (c.unicode() > 0x7f) {
+            ascii = false;
+            break;
+        }
+    }
+    const QByteArray latin1 = text.toLatin1();
+    if (ascii || decodeProfile(latin1) == text)
+        return latin1;
+    return text.toUtf8();
 }
 
 } // namespace
@@ -303,6 +315,13 @@ tag_estatus CPLPreferenceUser::saveData()
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return ES_OPEN_FAILED;
 
+    bool hasGeneral = false;
+    for (const CPLSection *section : qAsConst(m_lCustomSections))
+        hasGeneral = hasGeneral || section->name().compare(kGeneralUserSetting, Qt::CaseInsensitive) == 0;
+    if (!hasGeneral)
+        loadGeneralUserSettings();
+    updatePasswordSettingsSection();
+
     QString text;
     text += ZO_CI_USER_PROFILE_HEADER + kLineEnd;
     text += ZO_CI_USER_ID + QLatin1String(":\t") + oneLine(m_strUserName) + kLineEnd;
@@ -314,26 +333,14 @@ tag_estatus CPLPreferenceUser::saveData()
         if (m_vKeyLists.at(i))
             m_vKeyLists.at(i)->saveData(m_pLabelDataSetList.at(i), &text);
     }
-    if (!writeAll(file, text)) {
-        file.cancelWriting();
-        return ES_UNKNOWN_ERROR;
-    }
-
-    bool hasGeneral = false;
-    for (const CPLSection *section : qAsConst(m_lCustomSections))
-        hasGeneral = hasGeneral || section->name().compare(kGeneralUserSetting, Qt::CaseInsensitive) == 0;
-    if (!hasGeneral)
-        loadGeneralUserSettings();
-    updatePasswordSettingsSection();
-
-    text.clear();
     for (const CPLSection *section : qAsConst(m_lCustomSections)) {
         if (section->saveSectionData(text) != ES_SUCCESS)
             ZOS_LOG(QStringLiteral("User profile of '%1': section '%2' cannot be written and is left out.")
                         .arg(m_strUserName, section->name()),
                     ZOS_LOG_WARNING);
     }
-    if (!writeAll(file, text) || !file.commit()) {
+    const QByteArray bytes = encodeProfile(text);
+    if (file.write(bytes) != bytes.size() || !file.commit()) {
         file.cancelWriting();
         ZOS_LOG(QStringLiteral("Error saving user preferences to file...."), ZOS_LOG_ERROR);
         return ES_UNKNOWN_ERROR;

@@ -13,6 +13,8 @@
 //   one "*** User Label Name Set:" block per label data set
 //   every custom settings section, in list order
 // On reading, the name comes from the file name and auto-save is always off.
+// Files are Latin-1; a profile holding text that Latin-1 cannot carry back
+// is written as UTF-8 instead, and reading takes either.
 
 #include "zoenums.h"
 #include "zoutils_export.h"

@@ -240,9 +240,15 @@ tag_estatus CZOSSettings::writeWndDetails()
 void CZOSSettings::readPaths()
 {
     CPLPreferenceUser *user = CZOPreference::getActiveUser();
-    const CPLSection *section = userSection(kApplicationPaths, false);
-    if (!user || !section)
+    if (!user)
         return;
+    const CPLSection *section = userSection(kApplicationPaths, false);
+    if (!section) {
+        // A user without saved paths has no recent files either: never show another user's.
+        for (QString &entry : m_aMRU)
+            entry.clear();
+        return;
+    }
     if (m_sCustomizeInfo.bSaveDiskPaths) {
         m_strOpenPath = section->value(kOpenPath);
         m_strBrowsePath = section->value(kBrowsePath);

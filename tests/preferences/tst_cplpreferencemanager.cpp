@@ -1,0 +1,367 @@
+#include "prefstestfixture.h"
+
+#include "cpllabeldataset.h"
+#include "cplpreferenceuser.h"
+#include "czoslog.h"
+#include "czosuseriddialog.h"
+#include "zouserstats.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTimer>
+
+class TestCPLPreferenceManager : public QObject
+{
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void profileFilesInNameOrder_data();
+    void profileFilesInNameOrder();
+    void profileDirectoryIsMadeAndTheObsoleteOneRemoved();
+    void unusableProfileBase_data();
+    void unusableProfileBase();
+    void perUserProfilesAreMovedOver();
+    void machineWideProfilesAreCopiedOnlyIntoANewDirectory();
+    void addUserRules_data();
+    void addUserRules();
+    void activationLogsInAndTheLogLogsOut();
+    void deletingUsers();
+    void selectionThroughTheDialog();
+    void wrongPasswordKeepsTheDialogOpen();
+    void dialogAddsAndDeletesUsers();
+    void labelData();
+
+private:
+    CPLPreferenceManager *manager() { return CZOPreference::getPreferenceManager(); }
+    // Runs `answer` on the selection dialog once it is shown.
+    void answerDialog(std::function<void(CZOSUserIDDialog *)> answer);
+    PrefsFolders m_folders;
+};
+
+void TestCPLPreferenceManager::initTestCase()
+{
+    QVERIFY(CZOSLogEventHandler::install());
+}
+
+void TestCPLPreferenceManager::init()
+{
+    m_folders.setUp();
+}
+
+void TestCPLPreferenceManager::cleanup()
+{
+    closeLog();
+    manager()->setActiveUserToNone();
+}
+
+void TestCPLPreferenceManager::answerDialog(std::function<void(CZOSUserIDDialog *)> answer)
+{
+    auto *timer = new QTimer(this);
+    timer->setInterval(10);
+    connect(timer, &QTimer::timeout, this, [this, timer, answer] {
+        CZOSUserIDDialog *dialog = manager()->selectionDialog();
+        if (!dialog || !dialog->isVisible())
+            return;
+        timer->stop();
+        timer->deleteLater();
+        answer(dialog);
+    });
+    timer->start();
+}
+
+void TestCPLPreferenceManager::profileFilesInNameOrder_data()
+{
+    QTest::addColumn<QStringList>("files");
+    QTest::addColumn<QStringList>("users");
+    QTest::newRow("initials only, name order, case kept")
+        << QStringList{"abc.txt", "notes.doc", "LONGNAME.txt", "AB.txt"} << QStringList{"AB", "abc"};
+    QTest::newRow("eight characters is too long") << QStringList{"ABCD.txt", "A.txt", ".txt"} << QStringList{"A"};
+    QTest::newRow("blank name skipped, extension case-sensitive")
+        << QStringList{"  .txt", "XY.TXT", "QR.txtx"} << QStringList{"QR"};
+}
+
+void TestCPLPreferenceManager::profileFilesInNameOrder()
+{
+    QFETCH(QStringList, files);
+    QFETCH(QStringList, users);
+    for (const QString &file : files)
+        m_folders.writeFile(m_folders.profilesFolder() + file, "*** User Input:\t(User Profile)\r\n\r\n");
+    QDir().mkpath(m_folders.profilesFolder() + "DIR.txt"); // folders are not profiles
+    QCOMPARE(m_folders.load(), ES_SUCCESS);
+    QStringList *names = nullptr;
+    QCOMPARE(manager()->getAllUserNames(&names), ES_SUCCESS);
+    QCOMPARE(*names, users);
+    int count = -1;
+    QCOMPARE(manager()->getUserCount(&count), ES_SUCCESS);
+    QCOMPARE(count, users.size());
+    for (int i = 0; i < users.size(); ++i) {
+        QString name;
+        (*manager())[unsigned(i)]->getUserName(&name);
+        QCOMPARE(name, users.at(i));
+    }
+    QVERIFY(!manager()->getActiveUser());
+    // Loading again does not duplicate anyone.
+    QCOMPARE(m_folders.load(), ES_SUCCESS);
+    QCOMPARE(manager()->userCount(), users.size());
+}
+
+void TestCPLPreferenceManager::profileDirectoryIsMadeAndTheObsoleteOneRemoved()
+{
+    m_folders.writeFile(m_folders.appDir() + "/user profiles/old/JD.txt", "x");
+    QCOMPARE(m_folders.load(), ES_SUCCESS);
+    QVERIFY(QFileInfo(m_folders.profileDir()).isDir());
+    QCOMPARE(CZOPreference::getUserProfileDirPath(), m_folders.profileDir());
+    QVERIFY(!QFileInfo::exists(m_folders.appDir() + "/user profiles"));
+    QCOMPARE(CPLPreferenceUser::m_nDataSetCount, 1);
+}
+
+void TestCPLPreferenceManager::unusableProfileBase_data()
+{
+    QTest::addColumn<QString>("fileInTheWay");
+    QTest::newRow("base is a file") << "";
+    QTest::newRow("Application Data is a file") << "/Application Data";
+    QTest::newRow("maker folder is a file") << "/Application Data/Norbeck Instruments";
+    QTest::newRow("profile directory is a file") << "/Application Data/Norbeck Instruments/Zolvane";
+}
+
+void TestCPLPreferenceManager::unusableProfileBase()
+{
+    QFETCH(QString, fileInTheWay);
+    m_folders.writeFile(m_folders.allUsers() + fileInTheWay, "in the way");
+    QCOMPARE(m_folders.load(), ES_INIT_FAILED);
+    QCOMPARE(manager()->userCount(), 0);
+}
+
+void TestCPLPreferenceManager::perUserProfilesAreMovedOver()
+{
+    const QByteArray header = "*** User Input:\t(User Profile)\r\n\r\n";
+    m_folders.writeFile(m_folders.profilesFolder() + "OL.txt", header + "*** Old:\r\n\r\n");
+    m_folders.writeFile(m_folders.appData() + "/Tessaly/Zolvane/profiles/OL.txt", header + "*** New:\r\n\r\n");
+    m_folders.writeFile(m_folders.appData() + "/Tessaly/Zolvane/profiles/NW.txt", header);
+    QCOMPARE(m_folders.load(), ES_SUCCESS);
+    QCOMPARE(manager()->userCount(), 2);
+    // The copy replaces what was there, and the old folder goes.
+    QVERIFY(PrefsFolders::readFile(m_folders.profilesFolder() + "OL.txt").contains("*** New:"));
+    QVERIFY(!QFileInfo::exists(m_folders.appData() + "/Tessaly"));
+}
+
+void TestCPLPreferenceManager::machineWideProfilesAreCopiedOnlyIntoANewDirectory()
+{
+    const QString old = m_folders.allUsers() + "/Application Data/Tessaly/Zolvane/profiles/MW.txt";
+    m_folders.writeFile(old, "*** User Input:\t(User Profile)\r\n\r\n");
+    QCOMPARE(m_folders.load(), ES_SUCCESS);
+    QCOMPARE(manager()->getUserIndex("MW"), 0);
+    QVERIFY(QFileInfo::exists(old)); // never deleted
+
+    QVERIFY(QFile::remove(m_folders.profilesFolder() + "MW.txt"));
+    QCOMPARE(m_folders.load(), ES_SUCCESS); // the directory exists now: no second copy
+    QCOMPARE(manager()->userCount(), 0);
+}
+
+void TestCPLPreferenceManager::addUserRules_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<int>("count");
+    QTest::addColumn<QString>("active");
+    QTest::newRow("existing name in other case activates") << "ab" << int(ES_SUCCESS) << 1 << "AB";
+    QTest::newRow("two letters added upper-case") << "xy" << int(ES_SUCCESS) << 2 << "";
+    QTest::newRow("three letters") << "XYZ" << int(ES_SUCCESS) << 2 << "";
+    QTest::newRow("four letters refused") << "ABCD" << int(ES_INVALID_USER_ID) << 1 << "";
+    QTest::newRow("one letter refused") << "a" << int(ES_INVALID_USER_ID) << 1 << "";
+    QTest::newRow("empty refused") << "" << int(ES_INVALID_USER_ID) << 1 << "";
+}
+
+void TestCPLPreferenceManager::addUserRules()
+{
+    QFETCH(QString, name);
+    QFETCH(int, status);
+    QFETCH(int, count);
+    QFETCH(QString, active);
+    QCOMPARE(m_folders.load(), ES_SUCCESS);
+    QCOMPARE(manager()->addUser(QStringLiteral("AB"), QStringLiteral("pw")), ES_SUCCESS);
+    int index = -2;
+    QCOMPARE(int(manager()->addUser(name, &index, QStringLiteral("pw"))), status);
+    QCOMPARE(manager()->userCount(), count);
+    QCOMPARE(manager()->getActiveUserName(), active);
+    if (status == ES_SUCCESS) {
+        QCOMPARE(index, manager()->getUserIndex(name.toUpper()));
+        // Adding saves nothing.
+        QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + name.toUpper() + ".txt"));
+    } else {
+        QCOMPARE(index, -1);
+    }
+}
+
+void TestCPLPreferenceManager::activationLogsInAndTheLogLogsOut()
+{
+    QCOMPARE(m_folders.load(), ES_SUCCESS);
+    QCOMPARE(beginLog(QStringLiteral("Test")), 1);
+    QCOMPARE(manager()->addUser(QStringLiteral("jd"), QString()), ES_SUCCESS);
+    QCOMPARE(manager()->addUser(QStringLiteral("KL"), QString()), ES_SUCCESS);
+    QCOMPARE(manager()->setActiveUser(2), ES_INVALID_INPUT);
+    QVERIFY(!manager()->getActiveUser());
+    QCOMPARE(manager()->setActiveUser(0), ES_SUCCESS);
+    QCOMPARE(manager()->setActiveUser(5), ES_INVALID_INPUT);
+    QCOMPARE(manager()->getActiveUserName(), QStringLiteral("JD"));
+    QCOMPARE(CZOPreference::getActiveUser(), (*manager())[0]);
+    QVERIFY(manager()->getActiveUser()->getSessionTimer()->isValid());
+    QCoreApplication::processEvents();
+    closeLog();
+
+    const QString log = QString::fromLatin1(PrefsFolders::readFile(m_folders.dir->filePath("data/zoactivity.log")));
+    QVERIFY2(log.contains("\t>>JD Logged IN<<\r\n"), qPrintable(log));
+    const QRegularExpression logout("\t>>JD Logged OUT<< Session Lasted: 00:00:0\\d\r\n");
+    QVERIFY2(log.contains(logout), qPrintable(log));
+    const QString stats = QString::fromLatin1(PrefsFolders::readFile(userStatsFileName()));
+    QVERIFY2(stats.contains("login,JD,"), qPrintable(stats));
+}
+
+void TestCPLPreferenceManager::deletingUsers()
+{
+    QCOMPARE(m_folders.load(), ES_SUCCESS);
+    for (const char *name : {"AA", "BB", "CC"}) {
+        int index = -1;
+        QCOMPARE(manager()->addUser(name, &index, QString()), ES_SUCCESS);
+        QCOMPARE((*manager())[unsigned(index)]->saveData(), ES_SUCCESS);
+        QString roi;
+        CPLPreferenceUser::getRoiFolderForUser(name, &roi);
+        m_folders.writeFile(roi + "/ROI_1_" + name + ".txt", "roi");
+    }
+    QCOMPARE(manager()->deleteActiveUser(), ES_UNKNOWN_ERROR);
+    QCOMPARE(manager()->deleteUser("ZZ"), ES_UNKNOWN_ERROR);
+
+    QCOMPARE(manager()->setActiveUser(1), ES_SUCCESS);
+    QCOMPARE(manager()->deleteActiveUser(), ES_SUCCESS);
+    QVERIFY(!manager()->getActiveUser());
+    QVERIFY(manager()->getActiveUserName().isEmpty());
+    QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + "BB.txt"));
+    QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + "ROIs for BB"));
+
+    QCOMPARE(manager()->deleteUser("AA"), ES_SUCCESS);
+    QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + "ROIs for AA"));
+    QStringList *names = nullptr;
+    manager()->getAllUserNames(&names);
+    QCOMPARE(*names, QStringList{"CC"});
+
+    QCOMPARE(manager()->deleteAllUsers(), ES_SUCCESS);
+    QCOMPARE(manager()->userCount(), 0);
+    QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + "CC.txt"));
+    QVERIFY(QFileInfo::exists(m_folders.profilesFolder() + "ROIs for CC")); // only files go here
+}
+
+void TestCPLPreferenceManager::selectionThroughTheDialog()
+{
+    QCOMPARE(m_folders.load(), ES_SUCCESS);
+    // Nobody to choose: "_none_" is the only entry and chooses nobody.
+    QStringList items;
+    answerDialog([&items](CZOSUserIDDialog *dialog) {
+        for (int i = 0; i < dialog->userComboBox()->count(); ++i)
+            items << dialog->userComboBox()->itemText(i);
+        dialog->accept();
+    });
+    QCOMPARE(manager()->selectUser(QString()), ES_UNKNOWN_ERROR);
+    QCOMPARE(items, QStringList{"_none_"});
+    QVERIFY(!manager()->getActiveUser());
+    QVERIFY(!manager()->selectionDialog());
+
+    manager()->addUser("AB", "a");
+    manager()->addUser("CD", "c");
+    QString preselected;
+    answerDialog([&preselected](CZOSUserIDDialog *dialog) {
+        preselected = dialog->userComboBox()->currentText();
+        dialog->passwordEdit()->setText("c");
+        QTest::keyClick(dialog->passwordEdit(), Qt::Key_Return);
+    });
+    QCOMPARE(manager()->selectUser("CD"), ES_UNKNOWN_ERROR);
+    QCOMPARE(preselected, QStringLiteral("CD"));
+    QCOMPARE(manager()->getActiveUserName(), QStringLiteral("CD"));
+
+    // Cancelling changes nothing.
+    answerDialog([](CZOSUserIDDialog *dialog) { dialog->reject(); });
+    QCOMPARE(manager()->selectUser("AB"), ES_UNKNOWN_ERROR);
+    QCOMPARE(manager()->getActiveUserName(), QStringLiteral("CD"));
+}
+
+void TestCPLPreferenceManager::wrongPasswordKeepsTheDialogOpen()
+{
+    QCOMPARE(m_folders.load(), ES_SUCCESS);
+    manager()->addUser("AB", "right");
+    QString message;
+    bool stillOpen = false;
+    answerDialog([&](CZOSUserIDDialog *dialog) {
+        dialog->passwordEdit()->setText("wrong");
+        dialog->accept();
+        stillOpen = dialog->isVisible();
+        message = dialog->message();
+        dialog->reject();
+    });
+    manager()->selectUser(QString());
+    QVERIFY(stillOpen);
+    QVERIFY(!message.isEmpty());
+    QVERIFY(!manager()->getActiveUser());
+}
+
+void TestCPLPreferenceManager::dialogAddsAndDeletesUsers()
+{
+    QCOMPARE(m_folders.load(), ES_SUCCESS);
+    manager()->addUser("OLD", "old");
+    QStringList afterAdd, afterDelete;
+    QString refusal;
+    answerDialog([&](CZOSUserIDDialog *dialog) {
+        dialog->newUserEdit()->setText("n");
+        QTest::mouseClick(dialog->addButton(), Qt::LeftButton);
+        refusal = dialog->message();
+        dialog->newUserEdit()->setText("new");
+        dialog->newPasswordEdit()->setText("pw");
+        QTest::mouseClick(dialog->addButton(), Qt::LeftButton);
+        for (int i = 0; i < dialog->userComboBox()->count(); ++i)
+            afterAdd << dialog->userComboBox()->itemText(i);
+        dialog->userComboBox()->setCurrentText("OLD");
+        dialog->passwordEdit()->setText("old");
+        QTest::mouseClick(dialog->deleteButton(), Qt::LeftButton);
+        for (int i = 0; i < dialog->userComboBox()->count(); ++i)
+            afterDelete << dialog->userComboBox()->itemText(i);
+        dialog->userComboBox()->setCurrentText("NEW");
+        dialog->passwordEdit()->setText("pw");
+        dialog->accept();
+    });
+    manager()->selectUser(QString());
+    QVERIFY(!refusal.isEmpty());
+    QCOMPARE(afterAdd, (QStringList{"OLD", "NEW"}));
+    QCOMPARE(afterDelete, QStringList{"NEW"});
+    QCOMPARE(manager()->getActiveUserName(), QStringLiteral("NEW"));
+    QVERIFY(QFileInfo::exists(m_folders.profilesFolder() + "NEW.txt"));
+}
+
+void TestCPLPreferenceManager::labelData()
+{
+    QCOMPARE(m_folders.load(), ES_SUCCESS);
+    QCOMPARE(CPLPreferenceUser::m_nDataSetCount, 1);
+    QStringList labels;
+    CPLPreferenceUser::m_pLabelDataSetList.first()->getLabelData(&labels);
+    QCOMPARE(labels.size(), 16);
+    QCOMPARE(labels.first(), QStringLiteral("User"));
+    QCOMPARE(labels.last(), QStringLiteral("IACUC Number"));
+
+    QString text = "*** User Label Name Set:\tMice\r\nStrain:\t\r\nAge:\t\r\n\r\n"
+                   "*** User Label Name Set:\tPlates\r\nWell:\t\r\n\r\n";
+    QCOMPARE(manager()->loadLabelData(&text), ES_SUCCESS);
+    QStringList names;
+    CPLPreferenceUser::getLabelDataNames(&names);
+    QCOMPARE(names, (QStringList{"Zolvane Universal", "Mice", "Plates"}));
+    QCOMPARE(CPLPreferenceUser::m_nDataSetCount, 3);
+
+    text = "*** Not a label set:\r\n\r\n";
+    QCOMPARE(manager()->loadLabelData(&text), ES_SUCCESS);
+    CPLPreferenceUser::getLabelDataNames(&names);
+    QCOMPARE(names, QStringList{"Zolvane Universal"});
+    QCOMPARE(manager()->loadLabelData(nullptr), ES_INVALID_POINTER);
+}
+
+QTEST_MAIN(TestCPLPreferenceManager)
+#include "tst_cplpreferencemanager.moc"
