@@ -128,7 +128,8 @@ void TestCZOTreeMenuComboBox::initTestCase()
 
 void TestCZOTreeMenuComboBox::init()
 {
-    m_dir.reset(new QTemporaryDir);
+    // "%2" in the folder catches texts built with chained arg() calls.
+    m_dir.reset(new QTemporaryDir(QDir::tempPath() + QStringLiteral("/probes%2-XXXXXX")));
     QVERIFY(m_dir->isValid());
     qputenv("ZO_DATA_ROOT", m_dir->path().toLocal8Bit() + '/');
     QCOMPARE(beginLog(QStringLiteral("Test")), 1);

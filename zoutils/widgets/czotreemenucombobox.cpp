@@ -125,9 +125,7 @@ QStandardItemModel *CZOTreeMenuComboBox::createTreeModelFromFile(QString path)
     m_bTreeComplete = !first.hasError();
     if (first.hasError()) {
         ZOS_LOG(QStringLiteral("Probe Tree (%1) is not intact at line %2: %3.")
-                    .arg(path)
-                    .arg(first.lineNumber())
-                    .arg(first.errorString()),
+                    .arg(path, QString::number(first.lineNumber()), first.errorString()),
                 ZOS_LOG_WARNING);
     }
     file.seek(0);
@@ -138,9 +136,7 @@ QStandardItemModel *CZOTreeMenuComboBox::createTreeModelFromFile(QString path)
     if (m_nLoadedProbes < expectedMinimumProbes()) {
         // The two blanks before the last number are deliberate.
         ZOS_LOG(QStringLiteral("Probe Tree (%1) Load Failed: Expect to load %2 items, loaded  %3 items.")
-                    .arg(path)
-                    .arg(expectedMinimumProbes())
-                    .arg(m_nLoadedProbes),
+                    .arg(path, QString::number(expectedMinimumProbes()), QString::number(m_nLoadedProbes)),
                 ZOS_LOG_ERROR);
     }
     return display;
