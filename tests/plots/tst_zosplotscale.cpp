@@ -162,14 +162,6 @@ private slots:
         QTEST(zosTickLabel(value, r), "label");
     }
 
-    void exponentFactor()
-    {
-        QVERIFY(zosUsesExponentFactor(4));
-        QVERIFY(zosUsesExponentFactor(-3));
-        QVERIFY(!zosUsesExponentFactor(3));
-        QVERIFY(!zosUsesExponentFactor(-2));
-    }
-
     void labelStep_data()
     {
         QTest::addColumn<double>("span");
