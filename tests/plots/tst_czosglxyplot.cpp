@@ -256,6 +256,16 @@ private slots:
         }
     }
 
+    void neverShownWidgetPrints()
+    {
+        CZOSGLXYPlot hidden(nullptr, "hidden");
+        hidden.resize(200, 100);
+        QVERIFY(hidden.addDataLine("l", {0, 1}, {0, 1}));
+        const QImage image = hidden.getPrintImage(); // a picture or a null image, never a crash
+        if (!image.isNull())
+            QCOMPARE(image.size(), QSize(200, 100));
+    }
+
     void badInput()
     {
         QVERIFY(!m_plot->addDataLine("mismatch", {1, 2, 3}, {1, 2}));
