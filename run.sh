@@ -60,11 +60,17 @@ case "$cmd" in
   bench)
     ensure_packages "${BASE_PACKAGES[@]}"
     build build-bench -DCMAKE_BUILD_TYPE=Release -DZO_BUILD_TESTS=OFF
-    for b in build-bench/bench/bench_*; do
-      [ -x "$b" ] || continue
-      echo "== $(basename "$b")"
-      xvfb-run -a -s "-screen 0 1600x1000x24" "$b" --benchmark_counters_tabular=true
-    done
+    # Every benchmark program, one table: program, benchmark, wall and CPU time, rate.
+    {
+      for b in build-bench/bench/bench_*; do
+        [ -x "$b" ] || continue
+        xvfb-run -a -s "-screen 0 1600x1000x24" "$b" --benchmark_format=csv 2>/dev/null \
+          | sed -n '/^name,/,$p' | tail -n +2 | sed "s|^|$(basename "$b"),|"
+      done
+    } | awk -F, 'BEGIN { printf "%-16s %-58s %12s %12s %14s\n", "program", "benchmark", "real", "cpu", "rate" }
+      { name = $2; gsub(/"/, "", name); unit = $6;
+        rate = ($7 != "") ? sprintf("%.3g B/s", $7) : (($8 != "") ? sprintf("%.3g /s", $8) : "");
+        printf "%-16s %-58s %9.3f %-2s %9.3f %-2s %14s\n", $1, name, $4, unit, $5, unit, rate }'
     ;;
   check)
     ensure_packages "${BASE_PACKAGES[@]}" "${CHECK_PACKAGES[@]}"
