@@ -5,7 +5,7 @@
 #include "cplsection.h"
 #include "czopreference.h"
 
-#include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -23,6 +23,7 @@ QTemporaryDir *folder()
         qputenv("ZO_DATA_ROOT", d->filePath(QStringLiteral("data/")).toUtf8());
         if (CZOPreference::getPreferenceManager()->initialLoad(d->filePath(QStringLiteral("app"))) != ES_SUCCESS)
             abort();
+        QDir().mkpath(CZOPreference::getUserProfileDirPath() + QStringLiteral("/profiles"));
         return d;
     }();
     return dir;

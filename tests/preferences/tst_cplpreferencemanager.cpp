@@ -24,6 +24,7 @@ private slots:
     void profileDirectoryIsMadeAndTheObsoleteOneRemoved();
     void unusableProfileBase_data();
     void unusableProfileBase();
+    void unsetEnvironmentUsesStandIns();
     void perUserProfilesAreMovedOver();
     void machineWideProfilesAreCopiedOnlyIntoANewDirectory();
     void addUserRules_data();
@@ -134,6 +135,21 @@ void TestCPLPreferenceManager::unusableProfileBase()
     m_folders.writeFile(m_folders.allUsers() + fileInTheWay, "in the way");
     QCOMPARE(m_folders.load(), ES_INIT_FAILED);
     QCOMPARE(manager()->userCount(), 0);
+}
+
+void TestCPLPreferenceManager::unsetEnvironmentUsesStandIns()
+{
+    // Without the variables the folders come from the (test-mode) home folder.
+    const QByteArray home = qgetenv("HOME");
+    qputenv("HOME", m_folders.dir->filePath("home").toUtf8());
+    qunsetenv("ALLUSERSPROFILE");
+    qunsetenv("APPDATA");
+    const tag_estatus status = m_folders.load();
+    const QString profileDir = CZOPreference::getUserProfileDirPath();
+    qputenv("HOME", home);
+    QCOMPARE(status, ES_SUCCESS);
+    QVERIFY2(profileDir.startsWith(m_folders.dir->filePath("home")), qPrintable(profileDir));
+    QVERIFY(profileDir.endsWith("/Application Data/Norbeck Instruments/Zolvane"));
 }
 
 void TestCPLPreferenceManager::perUserProfilesAreMovedOver()
