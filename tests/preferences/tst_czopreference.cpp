@@ -219,11 +219,6 @@ void TestCZOPreference::emittersEmitExactlyOneSignal()
     if (signal.contains("bool"))
         QCOMPARE(spies.value(signal)->first().last().toBool(), true);
     qDeleteAll(spies);
-
-    handler->onAppClosing(true);
-    handler->setPluginStatus(true);
-    handler->setAppLoadingStatus(false);
-    QVERIFY(handler->isMainAppClosing() && handler->isPlugin() && !handler->isMainAppLoaded());
 }
 
 void TestCZOPreference::userSelectionTellsTheViews()
