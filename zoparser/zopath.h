@@ -7,7 +7,7 @@
 
 class CPLCameraInfo;
 
-enum ZOPathTag {
+enum ZOPathTag : int {
     ZO_PATH_APPDATA = 1, // the application data folder ("zoactivity.log", statistics)
     ZO_PATH_PROBES = 2   // the folder of "ProbesTree.xml"
 };

@@ -17,7 +17,7 @@ class QAction;
 class CZOPreferenceSignal;
 
 // The cursors the application shows; getZOSCursor() gives their shapes.
-enum tagECURSOR_TYPE {
+enum tagECURSOR_TYPE : int {
     ECURSOR_ARROW = 0,
     ECURSOR_WAIT,       // busy, input blocked
     ECURSOR_BUSY,       // busy, input still accepted

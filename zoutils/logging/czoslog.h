@@ -28,7 +28,7 @@
 #include <mutex>
 
 // Where entries go.
-enum LOGLOCATION {
+enum LOGLOCATION : int {
     LOG_TO_WINDOW = 0,         // activity window only (signals)
     LOG_TO_FILE = 1,           // file only
     LOG_TO_FILE_AND_WINDOW = 2 // both

@@ -5,7 +5,7 @@
 
 // How a data line is drawn. The GL plot also draws EDM_STAIRCASE, a line
 // value outside the menu; the painted plot draws it as plain lines.
-enum EDISPLAYMODE {
+enum EDISPLAYMODE : int {
     EDM_POINTS = 0,
     EDM_LINES = 1,
     EDM_POINTS_AND_LINES = 2,
@@ -13,7 +13,7 @@ enum EDISPLAYMODE {
 };
 
 // Point styles of the GL plot.
-enum EPOINTSTYLE {
+enum EPOINTSTYLE : int {
     EPS_PLUS = 0,   // horizontal and vertical stroke, point size long
     EPS_CROSS = 1,  // the diagonals of an 8-pixel square, whatever the size
     EPS_ROUND = 2,  // round point of the point size
@@ -21,7 +21,7 @@ enum EPOINTSTYLE {
 };
 
 // Grid lines of the painted plot.
-enum EGRIDTYPE {
+enum EGRIDTYPE : int {
     EGT_NONE = 0,
     EGT_VERTICAL = 1,
     EGT_HORIZONTAL = 2,

@@ -37,7 +37,7 @@ struct tag_scustomizeinfo {
 };
 
 // State of the main window, kept as its number.
-enum tag_wndstate {
+enum tag_wndstate : int {
     WND_STATE_NORMAL = 0,
     WND_STATE_MAXIMIZED = 1,
     WND_STATE_MINIMIZED = 2,

@@ -27,7 +27,7 @@ class QXmlStreamReader;
 class QXmlStreamWriter;
 
 // The extra items that the menu offers beside the probes of the file.
-enum PROBETREEDISPLAYTYPE {
+enum PROBETREEDISPLAYTYPE : int {
     PROBETREE_PROBES = 0,              // the probes of the file only
     PROBETREE_SPECTRAL = 1,            // + "Qdot info" and "Input Ex/Em"
     PROBETREE_SPECTRAL_ALT = 2,        // the same items as 1

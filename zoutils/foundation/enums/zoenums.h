@@ -8,7 +8,7 @@
 // Status returned by most operations. 0 is success; 1, 25 and 27 are neutral
 // outcomes. Values are part of the contract with callers; every value has a
 // fixed message text (CZOSErrorHandler).
-enum tag_estatus {
+enum tag_estatus : int {
     ES_SUCCESS = 0,
     ES_SUCCEEDED = 1,
     ES_FILE_NOT_FOUND = 2,
@@ -103,7 +103,7 @@ enum tag_estatus {
 
 // The kind of an image. Values 0 to 8 and 12 are fixed by the files the
 // application writes (section names and stored file names depend on them).
-enum tag_eimagetype {
+enum tag_eimagetype : int {
     IT_PHOTOGRAPH = 0,
     IT_LUMINESCENT = 1,
     IT_READBIAS = 2,
@@ -128,7 +128,7 @@ enum tag_eimagetype {
 };
 
 // Element type of raw image or curve data; sizeInBytes() gives the element size.
-enum ZOSDataTypes {
+enum ZOSDataTypes : int {
     ZOS_DT_UNKNOWN = 0,
     ZOS_DT_UINT8 = 1,   // 1 byte
     ZOS_DT_UINT16 = 2,  // 2 bytes
@@ -138,7 +138,7 @@ enum ZOSDataTypes {
 };
 
 // Colour tables. Members 15 to 22 have no name of their own in this library.
-enum ZOS_COLORTABLE_TYPES {
+enum ZOS_COLORTABLE_TYPES : int {
     ZOS_CT_GRAYS = 0,
     ZOS_CT_RAINBOW = 1,
     ZOS_CT_YELLOWHOT = 2,
@@ -170,7 +170,7 @@ enum ZOS_COLORTABLE_TYPES {
 
 // The older numbering of the colour look-up tables: 0 to 14 as in
 // ZOS_COLORTABLE_TYPES, 15 stands for Jet (ZOS_CT_JET).
-enum tag_ecolortable {
+enum tag_ecolortable : int {
     CLUT_GRAYS = 0,
     CLUT_RAINBOW = 1,
     CLUT_YELLOWHOT = 2,
