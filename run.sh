@@ -67,7 +67,7 @@ case "$cmd" in
     # Every benchmark program, one table: program, benchmark, wall and CPU time, rate.
     {
       for b in build-bench/bench/bench_*; do
-        [ -x "$b" ] || continue
+        [ -f "$b" ] && [ -x "$b" ] || continue
         xvfb-run -a -s "-screen 0 1600x1000x24" "$b" --benchmark_format=csv 2>/dev/null \
           | sed -n '/^name,/,$p' | tail -n +2 | sed "s|^|$(basename "$b"),|"
       done
@@ -94,7 +94,7 @@ case "$cmd" in
     build build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZO_BUILD_TESTS=OFF -DZO_BUILD_BENCH=OFF \
       -DZO_BUILD_FUZZ=ON -DZO_SANITIZE=address,undefined -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
     for f in build-fuzz/fuzz/fuzz_*; do
-      [ -x "$f" ] || continue
+      [ -f "$f" ] && [ -x "$f" ] || continue
       name=$(basename "$f")
       mkdir -p "build-fuzz/corpus/$name"
       echo "-- $name"
