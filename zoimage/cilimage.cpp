@@ -12,6 +12,10 @@
 #include <cstring>
 #include <utility>
 
+#if defined(__SSE2__) || defined(_M_X64)
+#include <emmintrin.h>
+#endif
+
 namespace {
 
 // libtiff reads and writes through a QIODevice, so paths need no local 8-bit
@@ -195,6 +199,75 @@ void CILImage::fill(quint16 value)
     RefreshImageStats();
 }
 
+namespace {
+
+#if defined(__SSE2__) || defined(_M_X64)
+// SSE2 has only signed 16-bit min/max, so pixels are biased by 0x8000 into
+// the signed range, where the order is the same. madd against ones sums pixel
+// pairs into 32-bit lanes; each step adds at most 2 * 32768 in magnitude to a
+// lane, so the lanes are widened to 64 bits every VectorsPerFlush steps
+// (8192 * 65536 < 2^31).
+void scanSse2(const quint16 *p, qint64 count, quint16 &lo, quint16 &hi, quint64 &total, qint64 &done)
+{
+    constexpr qint64 VectorsPerFlush = 8192;
+    const __m128i bias = _mm_set1_epi16(short(0x8000));
+    const __m128i ones = _mm_set1_epi16(1);
+    __m128i vmin = _mm_set1_epi16(0x7FFF);
+    __m128i vmax = _mm_set1_epi16(short(0x8000));
+    qint64 biasedTotal = 0; // sum of (v - 32768)
+    const qint64 vectors = count / 16;
+    qint64 v = 0;
+    while (v < vectors) {
+        const qint64 stop = std::min(vectors, v + VectorsPerFlush);
+        __m128i acc0 = _mm_setzero_si128();
+        __m128i acc1 = _mm_setzero_si128();
+        for (; v < stop; ++v) {
+            const __m128i a = _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i *>(p + v * 16)), bias);
+            const __m128i b = _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i *>(p + v * 16 + 8)), bias);
+            vmin = _mm_min_epi16(vmin, _mm_min_epi16(a, b));
+            vmax = _mm_max_epi16(vmax, _mm_max_epi16(a, b));
+            acc0 = _mm_add_epi32(acc0, _mm_madd_epi16(a, ones));
+            acc1 = _mm_add_epi32(acc1, _mm_madd_epi16(b, ones));
+        }
+        alignas(16) qint32 lanes[8];
+        _mm_store_si128(reinterpret_cast<__m128i *>(lanes), acc0);
+        _mm_store_si128(reinterpret_cast<__m128i *>(lanes + 4), acc1);
+        for (const qint32 lane : lanes)
+            biasedTotal += lane;
+    }
+    done = vectors * 16;
+    if (done == 0)
+        return;
+    alignas(16) qint16 mins[8];
+    alignas(16) qint16 maxs[8];
+    _mm_store_si128(reinterpret_cast<__m128i *>(mins), vmin);
+    _mm_store_si128(reinterpret_cast<__m128i *>(maxs), vmax);
+    for (int k = 0; k < 8; ++k) {
+        lo = std::min(lo, quint16(quint16(mins[k]) ^ 0x8000));
+        hi = std::max(hi, quint16(quint16(maxs[k]) ^ 0x8000));
+    }
+    total += quint64(biasedTotal + done * 32768);
+}
+#endif
+
+// Minimum, maximum and exact sum of `count` pixels, folded into lo, hi, total.
+void scanPixels(const quint16 *p, qint64 count, quint16 &lo, quint16 &hi, quint64 &total)
+{
+    qint64 i = 0;
+#if defined(__SSE2__) || defined(_M_X64)
+    scanSse2(p, count, lo, hi, total, i);
+#endif
+    // Tail (or the whole buffer without SSE2); a plain loop is exact.
+    for (; i < count; ++i) {
+        const quint16 v = p[i];
+        lo = v < lo ? v : lo;
+        hi = v > hi ? v : hi;
+        total += v;
+    }
+}
+
+} // namespace
+
 void CILImage::RefreshImageStats()
 {
     const qint64 count = getPixelCount();
@@ -204,27 +277,10 @@ void CILImage::RefreshImageStats()
         m_dMean = 0.0;
         return;
     }
-    // Blocks of 65536 pixels keep each partial sum within 32 bits
-    // (65535 * 65536 < 2^32), which lets the compiler vectorise the pass.
-    constexpr qint64 Block = 65536;
     quint16 lo = 0xFFFF;
     quint16 hi = 0;
     quint64 total = 0;
-    for (qint64 start = 0; start < count; start += Block) {
-        const qint64 end = std::min(count, start + Block);
-        quint32 sum = 0;
-        quint16 blockLo = 0xFFFF;
-        quint16 blockHi = 0;
-        for (qint64 i = start; i < end; ++i) {
-            const quint16 v = p[i];
-            blockLo = v < blockLo ? v : blockLo;
-            blockHi = v > blockHi ? v : blockHi;
-            sum += v;
-        }
-        lo = std::min(lo, blockLo);
-        hi = std::max(hi, blockHi);
-        total += sum;
-    }
+    scanPixels(p, count, lo, hi, total);
     m_nMinimum = lo;
     m_nMaximum = hi;
     m_dMean = double(total) / double(count);

@@ -1,11 +1,13 @@
 #include "cilimage.h"
 
 #include <QFile>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <tiffio.h>
 
+#include <algorithm>
 #include <vector>
 
 class TestCILImage : public QObject
@@ -141,6 +143,59 @@ private slots:
         QCOMPARE(image.getMinimum(), quint16(1));
         QCOMPARE(image.getMaximum(), quint16(65535));
         QCOMPARE(image.getMean(), (65535.0 * (300000 - 1) + 1) / 300000);
+    }
+
+    // The statistics pass works on vectors of pixels with a scalar tail and
+    // widens its sums periodically; every size and placement here must agree
+    // with a plain loop.
+    void statisticsMatchPlainLoop_data()
+    {
+        QTest::addColumn<int>("count");
+        QTest::addColumn<int>("low");  // random values in [low, high]
+        QTest::addColumn<int>("high");
+        QTest::addColumn<int>("extremesAt"); // -1 none, else index from the end
+        const int flush = 8192 * 16;  // pixels between widenings of the partial sums
+        const struct { const char *name; int count; } sizes[] = {
+            {"15", 15}, {"16", 16}, {"17", 17}, {"31", 31}, {"47", 47},
+            {"flush-1", flush - 1}, {"flush", flush}, {"flush+1", flush + 1}, {"2flush+15", 2 * flush + 15}};
+        for (const auto &size : sizes) {
+            const QByteArray n(size.name);
+            QTest::newRow(n + " full range") << size.count << 0 << 65535 << -1;
+            QTest::newRow(n + " around sign bit") << size.count << 32766 << 32769 << -1;
+            QTest::newRow(n + " extremes last") << size.count << 1000 << 2000 << 0;
+            QTest::newRow(n + " extremes in tail") << size.count << 1000 << 2000 << std::min(size.count - 1, 14);
+            QTest::newRow(n + " all max") << size.count << 65535 << 65535 << -1;
+            QTest::newRow(n + " all zero") << size.count << 0 << 0 << -1;
+        }
+    }
+
+    void statisticsMatchPlainLoop()
+    {
+        QFETCH(int, count);
+        QFETCH(int, low);
+        QFETCH(int, high);
+        QFETCH(int, extremesAt);
+        CILImage image(count, 1);
+        QRandomGenerator random(quint32(count * 31 + low));
+        quint16 *p = image.getPixels();
+        for (int i = 0; i < count; ++i)
+            p[i] = quint16(random.bounded(low, high + 1));
+        if (extremesAt >= 0) {
+            p[count - 1 - extremesAt] = 0;
+            p[count - 1 - (extremesAt + 1) % count] = 65535;
+        }
+        quint16 lo = 0xFFFF;
+        quint16 hi = 0;
+        quint64 total = 0;
+        for (int i = 0; i < count; ++i) {
+            lo = std::min(lo, p[i]);
+            hi = std::max(hi, p[i]);
+            total += p[i];
+        }
+        image.RefreshImageStats();
+        QCOMPARE(image.getMinimum(), lo);
+        QCOMPARE(image.getMaximum(), hi);
+        QCOMPARE(image.getMean(), double(total) / count);
     }
 
     void copiesAreDeep()
