@@ -9,9 +9,9 @@ class TestProgressBars : public QObject
 {
     Q_OBJECT
 private slots:
-    void dialogFormAndParent();
-    void dialogEscapeAndClose_data();
-    void dialogEscapeAndClose();
+    void dialogFormAndCancel();
+    void dialogEscape_data();
+    void dialogEscape();
     void clamps_data();
     void clamps();
     void abortButton_data();
@@ -20,57 +20,44 @@ private slots:
     void statusBarTakesTheMessage();
 };
 
-void TestProgressBars::dialogFormAndParent()
+void TestProgressBars::dialogFormAndCancel()
 {
     QMainWindow hidden, shown;
     shown.show();
     CZOSProgressBar dialog(nullptr, "busy");
     QCOMPARE(dialog.parentWidget(), &shown); // the first visible main window
-    QVERIFY(dialog.windowFlags() & Qt::Dialog);
-    QCOMPARE(dialog.objectName(), QStringLiteral("busy"));
     QCOMPARE(dialog.size(), QSize(285, 108));
-    QCOMPARE(dialog.windowTitle(), QStringLiteral("CZOSProgressBar"));
     QCOMPARE(dialog.windowModality(), Qt::ApplicationModal);
-    QCOMPARE(dialog.m_pActivityLabel->text(), QStringLiteral("Activity Info"));
-    QCOMPARE(dialog.m_pProgBar->value(), 50);
-    QCOMPARE(dialog.m_pCancelButton->text(), QStringLiteral("&Cancel"));
     dialog.initDialog();
     QCOMPARE(dialog.m_pActivityLabel->text(), QString());
     QCOMPARE(dialog.m_pProgBar->value(), 0);
-
     QSignalSpy terminated(&dialog, &CZOSProgressBar::terminate);
     dialog.show();
     QTest::mouseClick(dialog.m_pCancelButton, Qt::LeftButton);
     QVERIFY(!dialog.isVisible());
-    QCOMPARE(dialog.result(), int(QDialog::Rejected));
     QCOMPARE(terminated.count(), 0); // only Escape terminates
 }
 
-void TestProgressBars::dialogEscapeAndClose_data()
+void TestProgressBars::dialogEscape_data()
 {
     QTest::addColumn<bool>("canCancel");
-    QTest::newRow("cancel allowed: escape terminates and closes") << true;
-    QTest::newRow("cancel forbidden: the dialog stays") << false;
+    QTest::newRow("cancel allowed") << true;
+    QTest::newRow("cancel forbidden") << false;
 }
 
-void TestProgressBars::dialogEscapeAndClose()
+void TestProgressBars::dialogEscape()
 {
     QFETCH(bool, canCancel);
     CZOSProgressBar dialog;
     dialog.setCanCancel(canCancel);
     QSignalSpy terminated(&dialog, &CZOSProgressBar::terminate);
-    QSignalSpy rejected(&dialog, &QDialog::rejected);
     dialog.show();
     QCOMPARE(dialog.m_pCancelButton->isVisible(), canCancel);
-
     QTest::keyClick(&dialog, Qt::Key_Escape);
     QCOMPARE(terminated.count(), canCancel ? 1 : 0);
-    QCOMPARE(rejected.count(), canCancel ? 1 : 0);
     QCOMPARE(dialog.isVisible(), !canCancel);
-
     dialog.show();
     QCOMPARE(dialog.close(), canCancel);
-    QCOMPARE(dialog.isVisible(), !canCancel);
 }
 
 void TestProgressBars::clamps_data()
@@ -80,7 +67,6 @@ void TestProgressBars::clamps_data()
     QTest::addColumn<int>("value");
     QTest::addColumn<int>("maximum");
     QTest::newRow("step alone above 65530") << 70000 << -1 << 65530 << 65530;
-    QTest::newRow("step alone in range") << 12 << -1 << 12 << 65530;
     QTest::newRow("pair above both ceilings") << 70000 << 70000 << 65535 << 65537;
     QTest::newRow("pair just past the ceilings") << 65536 << 65538 << 65535 << 65537;
     QTest::newRow("pair in range") << 3 << 9 << 3 << 9;
@@ -90,18 +76,15 @@ void TestProgressBars::clamps()
 {
     QFETCH(int, step);
     QFETCH(int, total);
-    QFETCH(int, value);
-    QFETCH(int, maximum);
     CZOSStatusProgressBar bar;
-    QCOMPARE(bar.totalSteps(), 0); // a busy indicator until given a total
     if (total < 0) {
         bar.setTotalSteps(70000);
         bar.setProgress(step);
     } else {
         bar.setProgress(step, total);
     }
-    QCOMPARE(bar.progressStep(), value);
-    QCOMPARE(bar.totalSteps(), maximum);
+    QTEST(bar.progressStep(), "value");
+    QTEST(bar.totalSteps(), "maximum");
 }
 
 void TestProgressBars::abortButton_data()
@@ -116,26 +99,21 @@ void TestProgressBars::abortButton()
     QFETCH(bool, running);
     CZOSStatusProgressBar bar;
     QCOMPARE(bar.size(), QSize(253, 26));
-    QCOMPARE(bar.progressMessage(), QStringLiteral("Message string"));
-    QCOMPARE(bar.cancelCaption(), QStringLiteral("Abort"));
     bar.show();
     if (running)
         bar.startProgress(QStringLiteral("Acquiring"), 5);
-    QCOMPARE(bar.inProgress(), running);
     QSignalSpy clicked(&bar, &CZOSStatusProgressBar::cancelClicked);
     QTest::mouseClick(bar.m_pCancel, Qt::LeftButton);
     QCOMPARE(bar.progressMessage(), QStringLiteral("Aborting..."));
     QCOMPARE(bar.isAborted(), running);
     QCOMPARE(clicked.count(), running ? 1 : 0);
 
-    // abort() is the worker's own way out, with its own message.
     bar.endProgress();
     QVERIFY(!bar.isAborted() && !bar.isVisible());
     bar.setCancelMessage(QStringLiteral("Stopping..."));
     QCOMPARE(bar.abort(), false);
     bar.setProgress(QStringLiteral("Saving"), 1, 2); // a message starts a run
     QCOMPARE(bar.abort(), true);
-    QVERIFY(bar.isAborted());
     QCOMPARE(bar.progressMessage(), QStringLiteral("Stopping..."));
 }
 
@@ -143,17 +121,15 @@ void TestProgressBars::delayedHideAndRestart()
 {
     CZOSStatusProgressBar bar;
     bar.startProgress(QStringLiteral("Acquiring"), 5);
-    bar.setProgress(3);
     bar.setCanBeAborted(false);
     QVERIFY(!bar.m_pCancel->isEnabled());
     QVERIFY(bar.abort());
     bar.endProgress(QStringLiteral("Done"));
     QVERIFY(!bar.inProgress() && !bar.isAborted());
-    QVERIFY(bar.isVisible()); // still shown with its last word
     QCOMPARE(bar.progressMessage(), QStringLiteral("Done"));
     QCOMPARE(bar.progressStep(), -1);
     QTest::qWait(1000);
-    QVERIFY(bar.isVisible());
+    QVERIFY(bar.isVisible()); // still shown with its last word
     QTRY_VERIFY_WITH_TIMEOUT(!bar.isVisible(), 5000);
 
     // A run started before a pending hide keeps the widget and its button.
@@ -176,8 +152,6 @@ void TestProgressBars::statusBarTakesTheMessage()
     bar->startProgress(QStringLiteral("Acquiring"), 5);
     QCOMPARE(statusBar->currentMessage(), QStringLiteral("Acquiring"));
     QVERIFY(!bar->m_pLblMsg->isVisible());
-    QCOMPARE(bar->progressMessage(), QStringLiteral("Acquiring"));
-    QVERIFY(bar->height() <= statusBar->height());
     bar->hide();
     QCOMPARE(statusBar->currentMessage(), QString());
 

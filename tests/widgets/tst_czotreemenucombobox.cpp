@@ -7,37 +7,27 @@
 
 namespace {
 
-QString probe(int i)
-{
-    return QStringLiteral("Probe %1").arg(i, 3, 10, QLatin1Char('0'));
-}
+QString probe(int i) { return QStringLiteral("Probe %1").arg(i, 3, 10, QLatin1Char('0')); }
 
 // `count` probes in two categories, after a "Recently Used" holding `recent`.
 QByteArray probeFile(int count, const QStringList &recent = {})
 {
-    QString xml = QStringLiteral("<?xml version=\"1.0\"?>\n<Category Name=\"Fluorescent Probes\">\n"
-                                 "<Category Name=\"Recently Used\">\n");
+    QString xml = "<?xml version=\"1.0\"?>\n<Category Name=\"Fluorescent Probes\">\n<Category Name=\"Recently Used\">\n";
     for (const QString &name : recent)
         xml += QStringLiteral("<PROBE Name=\"%1\"/>\n").arg(name);
-    xml += QStringLiteral("</Category>\n<Category Name=\"Dyes\">\n");
-    for (int i = 0; i < count; ++i) {
-        if (i == count / 2)
-            xml += QStringLiteral("</Category>\n<Category Name=\"Proteins\">\n");
-        xml += QStringLiteral("<PROBE Name=\"%1\"/>\n").arg(probe(i));
-    }
-    return (xml + QStringLiteral("</Category>\n</Category>\n")).toUtf8();
+    xml += "</Category>\n<Category Name=\"Dyes\">\n";
+    for (int i = 0; i < count; ++i)
+        xml += (i == count / 2 ? "</Category>\n<Category Name=\"Proteins\">\n" : "")
+               + QStringLiteral("<PROBE Name=\"%1\"/>\n").arg(probe(i));
+    return (xml + "</Category>\n</Category>\n").toUtf8();
 }
 
 QMenu *submenu(QMenu *menu, const QString &title)
 {
-    for (QAction *a : menu->actions()) {
-        if (QMenu *sub = a->menu()) {
-            if (sub->title() == title)
-                return sub;
-            if (QMenu *found = submenu(sub, title))
+    for (QAction *a : menu->actions())
+        if (QMenu *sub = a->menu())
+            if (QMenu *found = sub->title() == title ? sub : submenu(sub, title))
                 return found;
-        }
-    }
     return nullptr;
 }
 
@@ -56,37 +46,23 @@ QAction *action(CZOTreeMenuComboBox &combo, const QString &text)
     return nullptr;
 }
 
-QStringList checked(CZOTreeMenuComboBox &combo)
-{
-    QStringList texts;
-    for (QAction *a : probeActions(combo))
-        if (a->isChecked())
-            texts << a->text();
-    return texts;
-}
-
-QStringList texts(const QList<QAction *> &actions)
+QStringList texts(const QList<QAction *> &actions, bool checkedOnly = false)
 {
     QStringList out;
     for (QAction *a : actions)
-        out << a->text();
+        if (!checkedOnly || a->isChecked())
+            out << a->text();
     return out;
 }
 
-// Branches with one child lose it when written back; the shipped file has none.
-int singleChildBranches(const QStandardItem *item)
-{
-    int n = 0;
-    for (int r = 0; r < item->rowCount(); ++r)
-        n += (item->child(r)->rowCount() == 1) + singleChildBranches(item->child(r));
-    return n;
-}
-
-int depth(const QStandardItem *item)
+int depth(const QStandardItem *item, int *singleChildBranches = nullptr)
 {
     int deepest = 0;
-    for (int r = 0; r < item->rowCount(); ++r)
-        deepest = std::max(deepest, 1 + depth(item->child(r)));
+    for (int r = 0; r < item->rowCount(); ++r) {
+        if (singleChildBranches && item->child(r)->rowCount() == 1)
+            ++*singleChildBranches;
+        deepest = std::max(deepest, 1 + depth(item->child(r), singleChildBranches));
+    }
     return deepest;
 }
 
@@ -98,7 +74,7 @@ class TestCZOTreeMenuComboBox : public QObject
 private slots:
     void initTestCase();
     void init();
-    void cleanup();
+    void cleanup() { QCoreApplication::processEvents(), closeLog(); }
 
     void builtInFileInstalledAndRewritable();
     void choosingFromTheMenu();
@@ -106,16 +82,16 @@ private slots:
     void displayTypes();
     void recentList_data();
     void recentList();
-    void menuOptions();
-    void oneChildCategoryWrittenAsProbe();
+    void menuOptionsAndOneChildRule();
     void badFiles_data();
     void badFiles();
     void blankNamesKeepTheStructure();
-    void unreadableAndUnwritable();
+    void unwritableAndMissing();
 
 private:
-    QString probesPath() const { return m_dir->filePath(QStringLiteral("Probes/ProbesTree.xml")); }
+    QString probesPath() const { return m_dir->filePath("Probes/ProbesTree.xml"); }
     void writeProbes(const QByteArray &bytes);
+    QByteArray readProbes();
     QString logText();
     QScopedPointer<QTemporaryDir> m_dir;
 };
@@ -129,30 +105,30 @@ void TestCZOTreeMenuComboBox::initTestCase()
 void TestCZOTreeMenuComboBox::init()
 {
     // "%2" in the folder catches texts built with chained arg() calls.
-    m_dir.reset(new QTemporaryDir(QDir::tempPath() + QStringLiteral("/probes%2-XXXXXX")));
+    m_dir.reset(new QTemporaryDir(QDir::tempPath() + "/probes%2-XXXXXX"));
     QVERIFY(m_dir->isValid());
     qputenv("ZO_DATA_ROOT", m_dir->path().toLocal8Bit() + '/');
     QCOMPARE(beginLog(QStringLiteral("Test")), 1);
 }
 
-void TestCZOTreeMenuComboBox::cleanup()
-{
-    QCoreApplication::processEvents();
-    closeLog();
-}
-
 void TestCZOTreeMenuComboBox::writeProbes(const QByteArray &bytes)
 {
-    QVERIFY(QDir().mkpath(m_dir->filePath(QStringLiteral("Probes"))));
+    QVERIFY(QDir().mkpath(m_dir->filePath("Probes")));
     QFile f(probesPath());
     QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
     f.write(bytes);
 }
 
+QByteArray TestCZOTreeMenuComboBox::readProbes()
+{
+    QFile f(probesPath());
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
 QString TestCZOTreeMenuComboBox::logText()
 {
     QCoreApplication::processEvents(); // the log writes on the event loop
-    QFile f(m_dir->filePath(QStringLiteral("zoactivity.log")));
+    QFile f(m_dir->filePath("zoactivity.log"));
     return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
 }
 
@@ -161,26 +137,23 @@ void TestCZOTreeMenuComboBox::builtInFileInstalledAndRewritable()
     QStringList names;
     {
         CZOTreeMenuComboBox combo;
-        QCOMPARE(combo.filePath(), probesPath());
-        QFile installed(probesPath()), builtIn(CZOTreeMenuComboBox::builtInProbeFile());
-        QVERIFY(installed.open(QIODevice::ReadOnly) && builtIn.open(QIODevice::ReadOnly));
-        QCOMPARE(installed.readAll(), builtIn.readAll());
+        QFile builtIn(CZOTreeMenuComboBox::builtInProbeFile());
+        QVERIFY(builtIn.open(QIODevice::ReadOnly));
+        QCOMPARE(readProbes(), builtIn.readAll());
         QVERIFY(combo.loadedProbeCount() >= 98);
-        QVERIFY(!logText().contains(QStringLiteral("Load Failed")));
-        QCOMPARE(singleChildBranches(combo.treeModel()->item(0)), 0);
-        const QStringList offered = texts(probeActions(combo));
-        for (const QString &name : combo.probeNames())
-            QVERIFY2(offered.contains(name), qPrintable(name));
+        QVERIFY(!logText().contains("Load Failed"));
+        int single = 0; // branches with one child lose it when written back
+        depth(combo.treeModel()->item(0), &single);
+        QCOMPARE(single, 0);
         names = combo.probeNames();
-        QVERIFY(combo.saveRecentUsedProbes({QStringLiteral("EGFP"), QStringLiteral("Indocyanine Green")}));
+        QVERIFY(combo.saveRecentUsedProbes({"EGFP", "Indocyanine Green"}));
     }
-    CZOTreeMenuComboBox again; // the rewritten copy keeps every probe
+    CZOTreeMenuComboBox again;
     QStringList reread = again.probeNames();
     std::sort(names.begin(), names.end());
     std::sort(reread.begin(), reread.end());
     QCOMPARE(reread, names);
-    QCOMPARE(texts(submenu(again.menu(), QStringLiteral("Recently Used"))->actions()),
-             QStringList({"Indocyanine Green", "EGFP"}));
+    QCOMPARE(texts(submenu(again.menu(), "Recently Used")->actions()), QStringList({"Indocyanine Green", "EGFP"}));
 }
 
 void TestCZOTreeMenuComboBox::choosingFromTheMenu()
@@ -189,22 +162,19 @@ void TestCZOTreeMenuComboBox::choosingFromTheMenu()
     CZOTreeMenuComboBox combo;
     combo.show();
     combo.showPopup();
-    QMenu *menu = combo.menu();
-    QVERIFY(QTest::qWaitForWindowExposed(menu));
-    QVERIFY(menu->styleSheet().startsWith(QStringLiteral("QMenu {background-color: white;")));
-
-    submenu(menu, QStringLiteral("Dyes"))->actions().at(7)->trigger();
-    QCOMPARE(combo.count(), 1);
+    QVERIFY(QTest::qWaitForWindowExposed(combo.menu()));
+    QVERIFY(combo.menu()->styleSheet().startsWith("QMenu {background-color: white;"));
+    submenu(combo.menu(), "Dyes")->actions().at(7)->trigger();
     QCOMPARE(combo.currentText(), probe(7));
-    QCOMPARE(checked(combo), QStringList({probe(7), probe(7)})); // in "Recently Used" too
+    QCOMPARE(texts(probeActions(combo), true), QStringList({probe(7), probe(7)})); // in "Recently Used" too
     action(combo, probe(60))->trigger();
     QCOMPARE(combo.itemText(0), probe(60)); // newest on top
-    QCOMPARE(checked(combo), QStringList({probe(60)}));
+    QCOMPARE(texts(probeActions(combo), true), QStringList({probe(60)}));
     action(combo, probe(7))->trigger(); // known: made current, not added
     QCOMPARE(combo.count(), 2);
     QCOMPARE(combo.currentIndex(), 1);
     combo.setCurrentIndex(0); // choosing in the combo moves the check marks
-    QCOMPARE(checked(combo), QStringList({probe(60)}));
+    QCOMPARE(texts(probeActions(combo), true), QStringList({probe(60)}));
 }
 
 void TestCZOTreeMenuComboBox::displayTypes_data()
@@ -224,13 +194,10 @@ void TestCZOTreeMenuComboBox::displayTypes()
     writeProbes(probeFile(100));
     CZOTreeMenuComboBox combo(static_cast<PROBETREEDISPLAYTYPE>(type));
     QCOMPARE(texts(combo.menu()->actions()), QStringList{"Fluorescent Probes"} + extraRootItems);
-    const bool autofluorescence = type == 3;
-    QCOMPARE(combo.probeNames().contains(QStringLiteral("KRV-2")), autofluorescence);
-    QCOMPARE(combo.saveRecentUsedProbes({QStringLiteral("Unknown")}), true);
-    QCOMPARE(combo.recentlyUsedProbes().size(), autofluorescence ? 1 : 0);
-
-    // A user clicks a root item; the extras are never written to the file.
-    if (!extraRootItems.isEmpty()) {
+    QCOMPARE(combo.probeNames().contains("KRV-2"), type == 3);
+    QVERIFY(combo.saveRecentUsedProbes({"Unknown"}));
+    QCOMPARE(combo.recentlyUsedProbes().size(), type == 3 ? 1 : 0);
+    if (!extraRootItems.isEmpty()) { // a user clicks a root item
         combo.showPopup();
         QVERIFY(QTest::qWaitForWindowExposed(combo.menu()));
         QAction *item = combo.menu()->actions().last();
@@ -238,9 +205,7 @@ void TestCZOTreeMenuComboBox::displayTypes()
         QCOMPARE(combo.currentText(), extraRootItems.last());
         QVERIFY(item->isChecked());
     }
-    QFile f(probesPath());
-    QVERIFY(f.open(QIODevice::ReadOnly));
-    const QByteArray written = f.readAll();
+    const QByteArray written = readProbes(); // the extras are never written to the file
     QVERIFY(!written.contains("Qdot") && !written.contains("ALFood"));
 }
 
@@ -252,78 +217,61 @@ void TestCZOTreeMenuComboBox::recentList_data()
     QTest::addColumn<QStringList>("recent");
     const QString a = probe(1), b = probe(2), c = probe(3);
     QTest::newRow("later copy wins") << QStringList() << QStringList{a, b, a} << true << QStringList{a, b};
-    QTest::newRow("merged with the file's, newest first") << QStringList{b, c} << QStringList{c, a} << true
-                                                          << QStringList{a, c, b};
+    QTest::newRow("merged, newest first") << QStringList{b, c} << QStringList{c, a} << true << QStringList{a, c, b};
     QTest::newRow("unknown, empty, null and other case skipped")
         << QStringList() << QStringList{a, "Not A Probe", "", QString(), a.toLower()} << true << QStringList{a};
     QStringList twelve, lastTen;
     for (int i = 0; i < 12; ++i)
-        twelve << probe(i);
-    for (int i = 11; i >= 2; --i)
-        lastTen << probe(i);
-    QTest::newRow("twelve keep the last ten") << QStringList() << twelve << true << lastTen;
+        twelve << probe(i), lastTen.prepend(probe(i));
+    QTest::newRow("twelve keep the last ten") << QStringList() << twelve << true << QStringList(lastTen.mid(0, 10));
     QTest::newRow("empty list refused") << QStringList{a} << QStringList() << false << QStringList{a};
 }
 
 void TestCZOTreeMenuComboBox::recentList()
 {
     QFETCH(QStringList, inFile);
-    QFETCH(QStringList, used);
-    QFETCH(bool, result);
     QFETCH(QStringList, recent);
     writeProbes(probeFile(100, inFile));
     {
         CZOTreeMenuComboBox combo;
         QCOMPARE(combo.recentlyUsedProbes(), inFile);
-        QCOMPARE(combo.saveRecentUsedProbes(used), result);
-        QCOMPARE(combo.recentlyUsedProbes(), recent);
-        QCOMPARE(texts(submenu(combo.menu(), QStringLiteral("Recently Used"))->actions()), recent);
+        QFETCH(QStringList, used);
+        QTEST(combo.saveRecentUsedProbes(used), "result");
+        QCOMPARE(texts(submenu(combo.menu(), "Recently Used")->actions()), recent);
     }
     CZOTreeMenuComboBox reread;
     QCOMPARE(reread.recentlyUsedProbes(), recent);
     QCOMPARE(reread.loadedProbeCount(), 100);
 }
 
-void TestCZOTreeMenuComboBox::menuOptions()
+void TestCZOTreeMenuComboBox::menuOptionsAndOneChildRule()
 {
     QByteArray xml = probeFile(100, {probe(5)});
-    writeProbes(xml.replace("Probe 001", "apricot").replace("Probe 002", "Zebra"));
-    CZOTreeMenuComboBox combo;
-    combo.setShowRecentlyUsedProbeList(false);
-    QVERIFY(!submenu(combo.menu(), QStringLiteral("Recently Used")));
-    QVERIFY(submenu(combo.menu(), QStringLiteral("Dyes")));
-
-    combo.setAllowSelectMultiMenuItem(true);
-    QVERIFY(submenu(combo.menu(), QStringLiteral("Dyes"))->styleSheet().isEmpty());
-    action(combo, probe(10))->trigger();
-    action(combo, probe(70))->trigger();
-    QCOMPARE(checked(combo), QStringList({probe(10), probe(70)}));
-    QCOMPARE(combo.count(), 0);
-
-    QStandardItem *root = combo.displayModel()->item(0);
-    QVERIFY(!combo.addNewCategoryStdItemFromStringList(nullptr, QStringLiteral("Alphabetical")));
-    QVERIFY(!combo.addNewCategoryStdItemFromStringList(root, QStringLiteral("  ")));
-    QVERIFY(combo.addNewCategoryStdItemFromStringList(root, QStringLiteral("Alphabetical")));
-    QMenu *alpha = submenu(combo.menu(), QStringLiteral("Alphabetical"));
-    QVERIFY(alpha);
-    QCOMPARE(texts(alpha->actions()), QStringList({"A", "P", "Z"}));
-    QCOMPARE(alpha->actions().at(1)->menu()->actions().size(), 98);
-}
-
-void TestCZOTreeMenuComboBox::oneChildCategoryWrittenAsProbe()
-{
-    QByteArray xml = probeFile(100);
-    writeProbes(xml.replace("</Category>\n</Category>\n",
-                            "</Category>\n<Category Name=\"Lonely\"><PROBE Name=\"Only Child\"/></Category>\n"
-                            "</Category>\n"));
+    writeProbes(xml.replace("Probe 001", "apricot").replace("Probe 002", "Zebra").replace(
+        "</Category>\n</Category>\n",
+        "</Category>\n<Category Name=\"Lonely\"><PROBE Name=\"Only Child\"/></Category>\n</Category>\n"));
     {
         CZOTreeMenuComboBox combo;
-        QVERIFY(submenu(combo.menu(), QStringLiteral("Lonely")));
-        QVERIFY(combo.saveRecentUsedProbes({QStringLiteral("Only Child")}));
+        combo.setShowRecentlyUsedProbeList(false);
+        QVERIFY(!submenu(combo.menu(), "Recently Used") && submenu(combo.menu(), "Lonely"));
+        combo.setAllowSelectMultiMenuItem(true);
+        QVERIFY(submenu(combo.menu(), "Dyes")->styleSheet().isEmpty());
+        action(combo, probe(10))->trigger();
+        action(combo, probe(70))->trigger();
+        QCOMPARE(texts(probeActions(combo), true), QStringList({probe(10), probe(70)}));
+        QCOMPARE(combo.count(), 0);
+
+        QStandardItem *root = combo.displayModel()->item(0);
+        QVERIFY(!combo.addNewCategoryStdItemFromStringList(nullptr, "Alphabetical"));
+        QVERIFY(!combo.addNewCategoryStdItemFromStringList(root, "  "));
+        QVERIFY(combo.addNewCategoryStdItemFromStringList(root, "Alphabetical"));
+        QMenu *alpha = submenu(combo.menu(), "Alphabetical");
+        QCOMPARE(texts(alpha->actions()), QStringList({"A", "O", "P", "Z"}));
+        QCOMPARE(alpha->actions().at(2)->menu()->actions().size(), 98);
+        QVERIFY(combo.saveRecentUsedProbes({"Only Child"}));
     }
-    QFile f(probesPath());
-    QVERIFY(f.open(QIODevice::ReadOnly));
-    const QByteArray written = f.readAll();
+    // The writer turns a one-child category into a probe of its name.
+    const QByteArray written = readProbes();
     QVERIFY(written.contains("<PROBE Name=\"Lonely\"/>"));
     QCOMPARE(written.count("Only Child"), 1); // left only in the recent list
 }
@@ -334,7 +282,7 @@ void TestCZOTreeMenuComboBox::badFiles_data()
     QTest::addColumn<int>("loaded"); // -1: some, fewer than the file holds
     QTest::addColumn<QStringList>("logLines");
     QTest::addColumn<bool>("rewritable");
-    const QString shortLoad = QStringLiteral("Load Failed: Expect to load 98 items, loaded  %1 items.");
+    const QString shortLoad = "Load Failed: Expect to load 98 items, loaded  %1 items.";
     QTest::newRow("empty") << QByteArray() << 0 << QStringList{shortLoad.arg(0), "is not intact"} << false;
     QTest::newRow("not XML") << QByteArray("GFP, RFP\n") << 0 << QStringList{shortLoad.arg(0), "at line 1"} << false;
     const QByteArray full = probeFile(120);
@@ -356,23 +304,17 @@ void TestCZOTreeMenuComboBox::badFiles()
     QFETCH(bool, rewritable);
     writeProbes(bytes);
     CZOTreeMenuComboBox combo;
-    if (loaded >= 0)
-        QCOMPARE(combo.loadedProbeCount(), loaded);
-    else
-        QVERIFY(combo.loadedProbeCount() > 0 && combo.loadedProbeCount() < 120);
-    QCOMPARE(probeActions(combo).size(), combo.loadedProbeCount());
+    const int count = combo.loadedProbeCount();
+    QVERIFY(loaded >= 0 ? count == loaded : count > 0 && count < 120);
+    QCOMPARE(probeActions(combo).size(), count);
     QVERIFY(depth(combo.displayModel()->item(0)) <= CZOTreeMenuComboBox::maxCategoryDepth() + 1);
     const QString log = logText();
-    QVERIFY(log.contains(probesPath()));
-    for (const QString &line : logLines)
-        QVERIFY2(log.contains(line), qPrintable(line + QStringLiteral(" not in\n") + log));
-
+    for (const QString &line : logLines << probesPath())
+        QVERIFY2(log.contains(line), qPrintable(line + " not in\n" + log));
     // A damaged file is left for the user to repair, not overwritten with what could be read.
     QCOMPARE(combo.saveRecentUsedProbes({combo.probeNames().value(0)}), rewritable);
-    QFile f(probesPath());
-    QVERIFY(f.open(QIODevice::ReadOnly));
     if (!rewritable)
-        QCOMPARE(f.readAll(), bytes);
+        QCOMPARE(readProbes(), bytes);
 }
 
 void TestCZOTreeMenuComboBox::blankNamesKeepTheStructure()
@@ -386,10 +328,9 @@ void TestCZOTreeMenuComboBox::blankNamesKeepTheStructure()
     QStandardItem *top = combo.treeModel()->item(0)->child(0);
     QCOMPARE(top->rowCount(), 3); // "A", "x", "last": a blank category's end closes nothing
     QCOMPARE(top->child(0)->rowCount(), 2);
-    QCOMPARE(top->child(2)->text(), QStringLiteral("last"));
 }
 
-void TestCZOTreeMenuComboBox::unreadableAndUnwritable()
+void TestCZOTreeMenuComboBox::unwritableAndMissing()
 {
     writeProbes(probeFile(100));
     CZOTreeMenuComboBox combo;
@@ -397,25 +338,21 @@ void TestCZOTreeMenuComboBox::unreadableAndUnwritable()
     QVERIFY(QFile::remove(probesPath()) && QDir().mkpath(probesPath()));
     QVERIFY(!combo.saveRecentUsedProbes({probe(1)}));
     QCOMPARE(combo.recentlyUsedProbes(), QStringList({probe(1)}));
-    QVERIFY(logText().contains(QStringLiteral("Error   > Unable to add probes in use to recently used list. ")
-                               + probesPath() + QStringLiteral(" : ")));
+    QVERIFY(logText().contains("Error   > Unable to add probes in use to recently used list. " + probesPath() + " : "));
 
-    const QString missing = m_dir->filePath(QStringLiteral("nowhere.xml"));
+    const QString missing = m_dir->filePath("nowhere.xml");
     QScopedPointer<QStandardItemModel> model(combo.createTreeModelFromFile(missing));
-    QCOMPARE(model->item(0)->text(), QStringLiteral("ROOT"));
     QCOMPARE(model->item(0)->rowCount(), 0);
-    QVERIFY(logText().contains(QStringLiteral("Error   > Imaging Probe Tree (") + missing
-                               + QStringLiteral(") Load Failed: No such file or directory.")));
+    QVERIFY(logText().contains("Error   > Imaging Probe Tree (" + missing + ") Load Failed: No such file or directory."));
 
     // No probe folder can be made below a file: the built-in list is offered.
-    QFile blocker(m_dir->filePath(QStringLiteral("blocker")));
+    QFile blocker(m_dir->filePath("blocker"));
     QVERIFY(blocker.open(QIODevice::WriteOnly));
     qputenv("ZO_DATA_ROOT", blocker.fileName().toLocal8Bit() + '/');
     CZOTreeMenuComboBox builtIn;
-    qputenv("ZO_DATA_ROOT", m_dir->path().toLocal8Bit() + '/');
     QCOMPARE(builtIn.filePath(), CZOTreeMenuComboBox::builtInProbeFile());
     QVERIFY(builtIn.loadedProbeCount() >= 98);
-    QVERIFY(!builtIn.saveRecentUsedProbes({QStringLiteral("EGFP")}));
+    QVERIFY(!builtIn.saveRecentUsedProbes({"EGFP"}));
 }
 
 QTEST_MAIN(TestCZOTreeMenuComboBox)
