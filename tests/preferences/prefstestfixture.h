@@ -1,9 +1,11 @@
 #pragma once
 // Points every folder the preferences use at one temporary folder: the
 // application data folder, ALLUSERSPROFILE, APPDATA and the application's own
-// folder, and loads the (empty) profile directory there.
+// folder.
 
 #include "cplpreferencemanager.h"
+#include "cplpreferenceuser.h"
+#include "cplsection.h"
 #include "czopreference.h"
 
 #include <QDir>
@@ -30,8 +32,19 @@ struct PrefsFolders {
     QString profileDir() const { return allUsers() + QStringLiteral("/Application Data/Norbeck Instruments/Zolvane"); }
     QString profilesFolder() const { return profileDir() + QStringLiteral("/profiles/"); }
 
-    // Loads the store's manager from the current folders.
     tag_estatus load() { return CZOPreference::getPreferenceManager()->initialLoad(appDir()); }
+
+    // Adds a user (with an optional section) and makes it the active one.
+    static CPLPreferenceUser *activate(const QString &name, CPLSection *section = nullptr)
+    {
+        CPLPreferenceManager *manager = CZOPreference::getPreferenceManager();
+        int index = -1;
+        if (manager->addUser(name, &index, QString()) != ES_SUCCESS)
+            return nullptr;
+        if (section)
+            (*manager)[unsigned(index)]->addCustomSettingsSection(section);
+        return manager->setActiveUser(unsigned(index)) == ES_SUCCESS ? CZOPreference::getActiveUser() : nullptr;
+    }
 
     void writeFile(const QString &path, const QByteArray &bytes) const
     {

@@ -1,7 +1,6 @@
 #include "prefstestfixture.h"
 
-#include "cplpreferenceuser.h"
-#include "cplsection.h"
+#include "czossettings.h"
 #include "czosuseriddialog.h"
 #include "czoutilityfns.h"
 
@@ -10,34 +9,34 @@
 #include <QSignalSpy>
 #include <QTimer>
 
-Q_DECLARE_METATYPE(S3DViewSettings)
-
+// The store's statics and the settings it reads and writes through the
+// active user's sections.
 class TestCZOPreference : public QObject
 {
     Q_OBJECT
 private slots:
     void init();
     void cleanup();
-
-    void versionLine_data();
     void versionLine();
-    void presetColors_data();
     void presetColors();
     void viewDefaultsWithoutActiveUser();
     void viewSettingsFromTheProfile();
-    void emittersEmitExactlyOneSignal_data();
-    void emittersEmitExactlyOneSignal();
+    void eachEmitterEmitsOneSignal();
     void userSelectionTellsTheViews();
     void saveFilters_data();
     void saveFilters();
-    void preferredWindowSize_data();
     void preferredWindowSize();
-    void sequenceLoadingBelongsToOneDataSet();
-    void exportPathNeedsSaveDiskPaths();
     void utilityClassReachesTheStore();
+    void missingSettingsSectionIsCreatedWithItsDefaults();
+    void mruSizeRules_data();
+    void mruSizeRules();
+    void mruList();
+    void pathsAndWindowsRoundTrip();
+    void customizeInfoKeepsOtherKeys();
+    void noActiveUserKeepsLastValues();
 
 private:
-    CPLPreferenceUser *activateNewUser(const QString &name);
+    CZOSSettings *settings() { return CZOPreference::getSettings(); }
     PrefsFolders m_folders;
 };
 
@@ -53,87 +52,42 @@ void TestCZOPreference::cleanup()
     CZOPreference::setAppVersion(QString());
 }
 
-CPLPreferenceUser *TestCZOPreference::activateNewUser(const QString &name)
-{
-    int index = -1;
-    CPLPreferenceManager *manager = CZOPreference::getPreferenceManager();
-    if (manager->addUser(name, &index, QString()) != ES_SUCCESS || manager->setActiveUser(unsigned(index)) != ES_SUCCESS)
-        return nullptr;
-    return CZOPreference::getActiveUser();
-}
-
-void TestCZOPreference::versionLine_data()
-{
-    QTest::addColumn<QString>("version");
-    QTest::addColumn<QString>("line");
-    QTest::newRow("no version") << "" << QString::fromUtf8("Zolvane\u00AE (64-bit)  (Jul 29 2018, 21:41:08)");
-    QTest::newRow("version") << "4.7.2" << QString::fromUtf8("Zolvane\u00AE 4.7.2 (64-bit)  (Jul 29 2018, 21:41:08)");
-}
-
 void TestCZOPreference::versionLine()
 {
-    QFETCH(QString, version);
-    QFETCH(QString, line);
-    CZOPreference::setAppVersion(version);
-    QCOMPARE(CZOPreference::getVerString(), line);
-}
-
-void TestCZOPreference::presetColors_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QColor>("top");
-    QTest::addColumn<QColor>("bottom");
-    QTest::newRow("Midnight") << "Midnight" << QColor(0, 0, 0) << QColor(0, 0, 0);
-    QTest::newRow("Daylight") << "Daylight" << QColor(50, 152, 255) << QColor(200, 228, 255);
-    QTest::newRow("Dusk") << "Dusk" << QColor(0, 0, 122) << QColor(108, 124, 167);
-    QTest::newRow("case matters") << "dusk" << QColor(0, 0, 0) << QColor(0, 0, 0);
-    QTest::newRow("unknown") << "Noon" << QColor(0, 0, 0) << QColor(0, 0, 0);
+    QCOMPARE(CZOPreference::getVerString(), QString::fromUtf8("Zolvane\u00AE (64-bit)  (Jul 29 2018, 21:41:08)"));
+    CZOPreference::setAppVersion("4.7.2");
+    QCOMPARE(CZOPreference::getVerString(), QString::fromUtf8("Zolvane\u00AE 4.7.2 (64-bit)  (Jul 29 2018, 21:41:08)"));
 }
 
 void TestCZOPreference::presetColors()
 {
-    QFETCH(QString, name);
-    QFETCH(QColor, top);
-    QFETCH(QColor, bottom);
-    const SPresetColors colors = CZOPreference::getPresetColor(name);
-    QCOMPARE(colors.oTopColor, top);
-    QCOMPARE(colors.oBottomColor, bottom);
+    QCOMPARE(CZOPreference::getPresetColor("Daylight").oTopColor, QColor(50, 152, 255));
+    QCOMPARE(CZOPreference::getPresetColor("Daylight").oBottomColor, QColor(200, 228, 255));
+    QCOMPARE(CZOPreference::getPresetColor("Dusk").oBottomColor, QColor(108, 124, 167));
+    QCOMPARE(CZOPreference::getPresetColor("dusk").oTopColor, QColor(0, 0, 0)); // case matters
 }
 
 void TestCZOPreference::viewDefaultsWithoutActiveUser()
 {
     QVERIFY(!CZOPreference::getActiveUser());
-    CPLSettingsFileWrapper *wrapper = CZOPreference::getPreferences();
-    wrapper->addSection(new CPLSection(QStringLiteral("Kept")));
+    CZOPreference::getPreferences()->addSection(new CPLSection(QStringLiteral("Kept")));
     QCOMPARE(CZOPreference::getPreferences()->sectionCount(), 1); // not reloaded
     CZOPreference::clearPreferences();
 
-    S3DViewSettings settings;
-    QVERIFY(!CZOPreference::get3DViewPreferencesFromFile(settings));
-    QCOMPARE(settings.nBackgroundColorType, 0);
-    QCOMPARE(settings.oBackgroundSolidColor, QColor(50, 152, 255));
-    QCOMPARE(settings.oGradientTopColor, QColor(0, 0, 0));
-    QCOMPARE(settings.strBackgroundPresetColor, QStringLiteral("Midnight"));
-    QCOMPARE(settings.strLuminColorTable, QStringLiteral("Rainbow"));
-    QCOMPARE(settings.strFluorColorTable, QStringLiteral("YellowHot"));
-    QVERIFY(settings.bLuminReverse);
-    QVERIFY(!settings.bFluorReverse);
-    QVERIFY(settings.bUsePaletteSettingsDuringLoad);
-    QCOMPARE(settings.oLuminROILineColor, QColor(255, 0, 0));
-    QCOMPARE(settings.oFluorROILineColor, QColor(0, 0, 255));
-    QCOMPARE(settings.str3DVolumeColorTable, QStringLiteral("Jet"));
-    QCOMPARE(settings.o2DViewBackgroundColor, QColor(255, 255, 255));
-    QCOMPARE(settings.o3DViewTextColor, QColor(Qt::white));
-    QCOMPARE(settings.o2DViewTextColor, QColor(Qt::black));
-    QCOMPARE(settings.o3DSurfaceColor, QColor(Qt::gray));
-    QCOMPARE(settings.n2DTextSize, 8);
-    QCOMPARE(settings.n3DTextSize, 8);
-    QCOMPARE(settings.strCTTargetType, QStringLiteral("Animal"));
-
+    S3DViewSettings s;
+    QVERIFY(!CZOPreference::get3DViewPreferencesFromFile(s));
+    QCOMPARE((QVariantList{s.nBackgroundColorType, s.oBackgroundSolidColor, s.oGradientTopColor,
+                           s.strBackgroundPresetColor, s.strLuminColorTable, s.strFluorColorTable, s.bLuminReverse,
+                           s.bFluorReverse, s.bUsePaletteSettingsDuringLoad, s.oLuminROILineColor,
+                           s.oFluorROILineColor, s.str3DVolumeColorTable, s.o2DViewBackgroundColor,
+                           s.o3DViewTextColor, s.o2DViewTextColor, s.o3DSurfaceColor, s.n2DTextSize, s.n3DTextSize,
+                           s.strCTTargetType}),
+             (QVariantList{0, QColor(50, 152, 255), QColor(0, 0, 0), "Midnight", "Rainbow", "YellowHot", true, false,
+                           true, QColor(255, 0, 0), QColor(0, 0, 255), "Jet", QColor(255, 255, 255), QColor(Qt::white),
+                           QColor(Qt::black), QColor(Qt::gray), 8, 8, "Animal"}));
     QColor lumin, fluor;
     CZOPreference::getDefaultROILineColor(lumin, fluor);
-    QCOMPARE(lumin, QColor(255, 0, 0));
-    QCOMPARE(fluor, QColor(0, 0, 255));
+    QCOMPARE(qMakePair(lumin, fluor), qMakePair(QColor(255, 0, 0), QColor(0, 0, 255)));
     const SDefaultColorbar bar = CZOPreference::getDefaultColorBar();
     QCOMPARE((QVector<qint32>{bar.nVisible, bar.nShowTitle, bar.nPosition, bar.nNumberFormat, bar.nFontSize,
                               bar.nDecimals}),
@@ -142,12 +96,11 @@ void TestCZOPreference::viewDefaultsWithoutActiveUser()
 
 void TestCZOPreference::viewSettingsFromTheProfile()
 {
-    CPLPreferenceUser *user = activateNewUser(QStringLiteral("VW"));
+    CPLPreferenceUser *user = PrefsFolders::activate(QStringLiteral("VW"));
     QVERIFY(user);
     auto *section = new CPLSection(QStringLiteral("3D View Preferences"));
     section->setValue(QStringLiteral("3D View Background Color Type"), QStringLiteral("2"));
     section->setValue(QStringLiteral("3D View Background Solid Color"), QStringLiteral("10 20"));
-    section->setValue(QStringLiteral("3D View Text Color"), QStringLiteral("1 2 3"));
     section->setValue(QStringLiteral("Fluor Color table"), QStringLiteral("Grays"));
     section->setValue(QStringLiteral("Fluor Color Table"), QStringLiteral("wrong case is another key"));
     section->setValue(QStringLiteral("Lumin Reverse Checkbox"), QStringLiteral("0"));
@@ -157,68 +110,47 @@ void TestCZOPreference::viewSettingsFromTheProfile()
     user->addCustomSettingsSection(section);
     QCOMPARE(user->saveData(), ES_SUCCESS);
 
-    S3DViewSettings settings;
-    QVERIFY(CZOPreference::get3DViewPreferencesFromFile(settings));
-    QCOMPARE(settings.nBackgroundColorType, 2);
-    QCOMPARE(settings.oBackgroundSolidColor, QColor(10, 20, 0));
-    QCOMPARE(settings.o3DViewTextColor, QColor(1, 2, 3));
-    QCOMPARE(settings.strFluorColorTable, QStringLiteral("Grays"));
-    QVERIFY(!settings.bLuminReverse);
-    QVERIFY(settings.b3DVolumeReverse);
-    QCOMPARE(settings.n2DTextSize, 8); // unreadable: default
-    QCOMPARE(settings.n3DTextSize, 14);
-    QCOMPARE(settings.strLuminColorTable, QStringLiteral("Rainbow")); // missing: default
-
+    S3DViewSettings s;
+    QVERIFY(CZOPreference::get3DViewPreferencesFromFile(s));
+    // Unreadable or missing values take their defaults.
+    QCOMPARE((QVariantList{s.nBackgroundColorType, s.oBackgroundSolidColor, s.strFluorColorTable, s.bLuminReverse,
+                           s.b3DVolumeReverse, s.n2DTextSize, s.n3DTextSize, s.strLuminColorTable}),
+             (QVariantList{2, QColor(10, 20, 0), "Grays", false, true, 8, 14, "Rainbow"}));
     CZOPreference::initialize3DViewPreferences();
-    QColor color;
-    CZOPreference::getPreferredROILineColor(true, color);
-    QCOMPARE(color, QColor(0, 0, 255));
     QCOMPARE(CZOPreference::getDefault3DViewSettings().n3DTextSize, 14);
 }
 
-void TestCZOPreference::emittersEmitExactlyOneSignal_data()
+void TestCZOPreference::eachEmitterEmitsOneSignal()
 {
-    QTest::addColumn<int>("emitter");
-    QTest::addColumn<QString>("signal");
-    const char *expected[] = {"updatePreferenceSetting()", "loadPreference()", "userChanged()",
-                              "preferenceChanged()", "printImage(QPixmap,bool)", "ROILineColorChoices()",
-                              "update3DVolumeColorTable()", "signalUpdateActiveWindow()", "activeUserChanged()",
-                              "signal3DSceneUpdate()", "signalGLViewUpdate()", "colorTableChoices(bool)"};
-    const char *names[] = {"SignalUpdatePreferenceSetting", "signalLoadPreference", "signalLoadRoi (crossed)",
-                           "signalPreferenceChanged", "signalPrintImage", "signalROILineColorChange",
-                           "signalUpdate3DVolumeColorTable", "signalUpdateActiveWnd", "signalUserChanged (crossed)",
-                           "signalVisible3DScenes", "signalVisibleGLViews", "signalupdateColorTableChoices"};
-    for (int i = 0; i < 12; ++i)
-        QTest::newRow(names[i]) << i << QString::fromLatin1(expected[i]);
-}
-
-void TestCZOPreference::emittersEmitExactlyOneSignal()
-{
-    QFETCH(int, emitter);
-    QFETCH(QString, signal);
-    CZOPreferenceSignal *handler = CZOPreference::getSignalHandler();
-    const QMetaObject *meta = handler->metaObject();
-    QMap<QString, QSignalSpy *> spies;
-    for (int i = meta->methodOffset(); i < meta->methodCount(); ++i) {
-        const QMetaMethod method = meta->method(i);
-        if (method.methodType() == QMetaMethod::Signal)
-            spies.insert(QString::fromLatin1(method.methodSignature()), new QSignalSpy(handler, method));
+    CZOPreferenceSignal *h = CZOPreference::getSignalHandler();
+    // signalLoadRoi and signalUserChanged stay crossed.
+    const QVector<QPair<std::function<void()>, QString>> rows{
+        {[=] { h->SignalUpdatePreferenceSetting(); }, "updatePreferenceSetting()"},
+        {[=] { h->signalLoadPreference(); }, "loadPreference()"},
+        {[=] { h->signalLoadRoi(); }, "userChanged()"},
+        {[=] { h->signalPreferenceChanged(); }, "preferenceChanged()"},
+        {[=] { h->signalPrintImage(QPixmap(2, 2), true); }, "printImage(QPixmap,bool)"},
+        {[=] { h->signalROILineColorChange(); }, "ROILineColorChoices()"},
+        {[=] { h->signalUpdate3DVolumeColorTable(); }, "update3DVolumeColorTable()"},
+        {[=] { h->signalUpdateActiveWnd(); }, "signalUpdateActiveWindow()"},
+        {[=] { h->signalUserChanged(); }, "activeUserChanged()"},
+        {[=] { h->signalVisible3DScenes(); }, "signal3DSceneUpdate()"},
+        {[=] { h->signalVisibleGLViews(); }, "signalGLViewUpdate()"},
+        {[=] { h->signalupdateColorTableChoices(true); }, "colorTableChoices(bool)"}};
+    const QMetaObject *meta = h->metaObject();
+    for (const auto &row : rows) {
+        QMap<QString, QSharedPointer<QSignalSpy>> spies;
+        for (int i = meta->methodOffset(); i < meta->methodCount(); ++i) {
+            if (meta->method(i).methodType() == QMetaMethod::Signal)
+                spies.insert(meta->method(i).methodSignature(), QSharedPointer<QSignalSpy>::create(h, meta->method(i)));
+        }
+        QCOMPARE(spies.size(), 12);
+        row.first();
+        for (auto it = spies.cbegin(); it != spies.cend(); ++it)
+            QCOMPARE(qMakePair(it.key(), it.value()->count()), qMakePair(it.key(), it.key() == row.second ? 1 : 0));
+        if (row.second.contains("bool"))
+            QCOMPARE(spies.value(row.second)->first().last().toBool(), true);
     }
-    QCOMPARE(spies.size(), 12);
-    const QPixmap pixmap(2, 2);
-    const std::function<void()> emitters[] = {
-        [=] { handler->SignalUpdatePreferenceSetting(); }, [=] { handler->signalLoadPreference(); },
-        [=] { handler->signalLoadRoi(); }, [=] { handler->signalPreferenceChanged(); },
-        [=] { handler->signalPrintImage(pixmap, true); }, [=] { handler->signalROILineColorChange(); },
-        [=] { handler->signalUpdate3DVolumeColorTable(); }, [=] { handler->signalUpdateActiveWnd(); },
-        [=] { handler->signalUserChanged(); }, [=] { handler->signalVisible3DScenes(); },
-        [=] { handler->signalVisibleGLViews(); }, [=] { handler->signalupdateColorTableChoices(true); }};
-    emitters[emitter]();
-    for (auto it = spies.cbegin(); it != spies.cend(); ++it)
-        QCOMPARE(qMakePair(it.key(), it.value()->count()), qMakePair(it.key(), it.key() == signal ? 1 : 0));
-    if (signal.contains("bool"))
-        QCOMPARE(spies.value(signal)->first().last().toBool(), true);
-    qDeleteAll(spies);
 }
 
 void TestCZOPreference::userSelectionTellsTheViews()
@@ -227,7 +159,6 @@ void TestCZOPreference::userSelectionTellsTheViews()
     QStringList order;
     auto a = connect(handler, &CZOPreferenceSignal::userChanged, [&order] { order << "userChanged"; });
     auto b = connect(handler, &CZOPreferenceSignal::activeUserChanged, [&order] { order << "activeUserChanged"; });
-
     // No user and the dialog cancelled: only activeUserChanged.
     QTimer::singleShot(50, [] {
         if (CZOSUserIDDialog *dialog = CZOPreference::getPreferenceManager()->selectionDialog())
@@ -235,9 +166,8 @@ void TestCZOPreference::userSelectionTellsTheViews()
     });
     CZOPreference::doUserSelection();
     QCOMPARE(order, QStringList{"activeUserChanged"});
-
     order.clear();
-    QVERIFY(activateNewUser(QStringLiteral("SL")));
+    QVERIFY(PrefsFolders::activate(QStringLiteral("SL")));
     CZOPreference::doUserSelection();
     QCOMPARE(order, (QStringList{"userChanged", "activeUserChanged"}));
     disconnect(a);
@@ -249,9 +179,8 @@ void TestCZOPreference::saveFilters_data()
     QTest::addColumn<QString>("format");
     QTest::addColumn<QString>("filter");
     QTest::addColumn<QString>("result");
-    QTest::newRow("preferred moves first") << "tif" << "PNG (*.png);;TIFF (*.tif);;JPEG (*.jpg)"
-                                           << "TIFF (*.tif);;PNG (*.png);;JPEG (*.jpg)";
-    QTest::newRow("empty parts dropped") << "jpg" << "PNG (*.png);;;;JPEG (*.jpg);;" << "JPEG (*.jpg);;PNG (*.png)";
+    QTest::newRow("preferred moves first, empty parts dropped")
+        << "tif" << "PNG (*.png);;;;TIFF (*.tif);;JPEG (*.jpg);;" << "TIFF (*.tif);;PNG (*.png);;JPEG (*.jpg)";
     QTest::newRow("case-sensitive") << "TIF" << "PNG (*.png);;TIFF (*.tif)" << "PNG (*.png);;TIFF (*.tif)";
     QTest::newRow("format named but no dotted entry") << "png" << "png files;;TIFF (*.tif)"
                                                       << "png files;;TIFF (*.tif)";
@@ -264,78 +193,174 @@ void TestCZOPreference::saveFilters()
     QFETCH(QString, format);
     QFETCH(QString, filter);
     QFETCH(QString, result);
-    CPLPreferenceUser *user = activateNewUser(QStringLiteral("SF"));
+    CPLPreferenceUser *user = PrefsFolders::activate(QStringLiteral("SF"));
     QVERIFY(user);
     CZOPreference::setUsersPreferredFormat(QString()); // ignored
     CZOPreference::setUsersPreferredFormat(format);
     QCOMPARE(CZOPreference::getUsersPreferredFormat(), format);
-    // Written into the user's settings at once.
-    CPLSection *general = nullptr;
+    CPLSection *general = nullptr; // written into the user's settings at once
     QCOMPARE(user->getCustomSettingsSection(QStringLiteral("General User Setting"), &general), ES_SUCCESS);
     QCOMPARE(general->value(QStringLiteral("ImageExportFormat")), format);
     CZOPreference::modifySaveFilterByPreference(filter);
     QCOMPARE(filter, result);
 }
 
-void TestCZOPreference::preferredWindowSize_data()
-{
-    QTest::addColumn<QSize>("screen");
-    QTest::addColumn<int>("width");
-    QTest::addColumn<int>("height");
-    QTest::addColumn<bool>("adjust");
-    QTest::addColumn<QSize>("size");
-    QTest::newRow("adjusted 80/80 on 1920x1080") << QSize(1920, 1080) << 80 << 80 << true << QSize(1632, 810);
-    QTest::newRow("plain 80/80") << QSize(1920, 1080) << 80 << 80 << false << QSize(1536, 864);
-    QTest::newRow("truncates") << QSize(1001, 999) << 55 << 65 << false << QSize(550, 649);
-}
-
 void TestCZOPreference::preferredWindowSize()
 {
-    QFETCH(QSize, screen);
-    QFETCH(int, width);
-    QFETCH(int, height);
-    QFETCH(bool, adjust);
-    QFETCH(QSize, size);
-    QCOMPARE(CZOPreference::preferredSizeForScreen(screen, width, height, adjust), size);
-
-    tag_scustomizeinfo *info = CZOPreference::getSettings()->getCustomizeInfo();
-    info->nWndPrefWidthPercent = width;
-    info->nWndPrefHeightPercent = height;
+    QCOMPARE(CZOPreference::preferredSizeForScreen(QSize(1920, 1080), 80, 80, true), QSize(1632, 810));
+    QCOMPARE(CZOPreference::preferredSizeForScreen(QSize(1920, 1080), 80, 80, false), QSize(1536, 864));
+    QCOMPARE(CZOPreference::preferredSizeForScreen(QSize(1001, 999), 55, 65, false), QSize(550, 649)); // truncates
+    settings()->getCustomizeInfo()->nWndPrefWidthPercent = 80;
+    settings()->getCustomizeInfo()->nWndPrefHeightPercent = 70;
     int w = -1, h = -1;
-    CZOPreference::getWindowsPreferredSize(w, h, adjust);
+    CZOPreference::getWindowsPreferredSize(w, h, true);
     const QSize primary = QGuiApplication::primaryScreen()->geometry().size();
-    QCOMPARE(QSize(w, h), CZOPreference::preferredSizeForScreen(primary, width, height, adjust));
-}
-
-void TestCZOPreference::sequenceLoadingBelongsToOneDataSet()
-{
-    int a = 0, b = 0;
-    CZOPreference::setIsSequenceLoading(true, &a);
-    QVERIFY(CZOPreference::isSequenceLoading());
-    QVERIFY(CZOPreference::isSequenceLoading(&a));
-    QVERIFY(!CZOPreference::isSequenceLoading(&b));
-    CZOPreference::setIsSequenceLoading(false, &a);
-    QVERIFY(!CZOPreference::isSequenceLoading(&a));
-}
-
-void TestCZOPreference::exportPathNeedsSaveDiskPaths()
-{
-    tag_scustomizeinfo *info = CZOPreference::getSettings()->getCustomizeInfo();
-    info->bSaveDiskPaths = false;
-    CZOPreference::getSettings()->setExportPath(QStringLiteral("/before"));
-    CZOPreference::setExportPath(QStringLiteral("/ignored"));
-    QCOMPARE(CZOPreference::getSettings()->getExportPath(), QStringLiteral("/before"));
-    info->bSaveDiskPaths = true;
-    CZOPreference::setExportPath(QStringLiteral("/kept"));
-    QCOMPARE(CZOPreference::getSettings()->getExportPath(), QStringLiteral("/kept"));
+    QCOMPARE(QSize(w, h), CZOPreference::preferredSizeForScreen(primary, 80, 70, true));
 }
 
 void TestCZOPreference::utilityClassReachesTheStore()
 {
     QCOMPARE(CZOUtilityFns::getZOPrefenceSignal(), CZOPreference::getSignalHandler());
-    QVERIFY(activateNewUser(QStringLiteral("UF")));
+    QVERIFY(PrefsFolders::activate(QStringLiteral("UF")));
     const QString name = CZOUtilityFns::generateCurrentSeqName();
     QVERIFY2(QRegularExpression("^UF\\d{14}_SEQ$").match(name).hasMatch(), qPrintable(name));
+}
+
+void TestCZOPreference::missingSettingsSectionIsCreatedWithItsDefaults()
+{
+    CPLPreferenceUser *user = PrefsFolders::activate("DF");
+    CZOPreference::readUserTxtFile();
+    CPLSection *general = nullptr;
+    QCOMPARE(user->getCustomSettingsSection("General User Setting", &general), ES_SUCCESS);
+    QCOMPARE(general->keys(),
+             (QStringList{"Dock Tool Panel", "Dock Left", "Show Activity Bar", "Save Colors",
+                          "Enable TransIllumination Location", "Individual Color Scale", "Save Float-Corrected Image",
+                          "Advanced Option", "Save Disk-Paths", "Save Window Details", "Save File List", "MRU Size",
+                          "WindowPrefWidthInPercent", "WindowPrefHeightInPercent", "ImageExportFormat"}));
+    const tag_scustomizeinfo *i = settings()->getCustomizeInfo();
+    QCOMPARE((QVariantList{i->bDockToolPanel, i->bDockLeft, i->strActivityBar, i->bSaveColors,
+                           i->bEnableTransIllumLocation, i->bIndividualColorScale, i->bSaveFloatCorrectedImage,
+                           i->bAdvancedOption, i->bSaveDiskPaths, i->bSaveWindowDetails, i->bSaveFileList, i->nMRUSize,
+                           i->nWndPrefWidthPercent, i->nWndPrefHeightPercent, i->strImageExportFormat}),
+             (QVariantList{false, false, "Warnings / Errors", true, true, true, false, false, true, true, true, 5, 55,
+                           65, "png"}));
+}
+
+void TestCZOPreference::mruSizeRules_data()
+{
+    QTest::addColumn<QString>("fileList");
+    QTest::addColumn<QString>("mruSize");
+    QTest::addColumn<int>("size");
+    QTest::newRow("list off") << "No" << "7" << 0;
+    QTest::newRow("too large") << "Yes" << "12" << 5;
+    QTest::newRow("negative counts as too large") << "yes" << "-3" << 5;
+    QTest::newRow("ten stays") << "YES" << "10" << 10;
+    QTest::newRow("zero stays") << "Yes" << "0" << 0;
+    QTest::newRow("empty") << "Yes" << "" << 5;
+}
+
+void TestCZOPreference::mruSizeRules()
+{
+    QFETCH(QString, fileList);
+    QFETCH(QString, mruSize);
+    QFETCH(int, size);
+    auto *general = new CPLSection("General User Setting");
+    general->setValue("Save File List", fileList);
+    general->setValue("MRU Size", mruSize);
+    general->setValue("WindowPrefWidthInPercent", "");
+    QVERIFY(PrefsFolders::activate("MR", general));
+    settings()->readCustomizeInfo();
+    QCOMPARE(settings()->getCustomizeInfo()->nMRUSize, size);
+    QCOMPARE(settings()->getCustomizeInfo()->nWndPrefWidthPercent, 55);
+    for (int i = 0; i < 12; ++i)
+        settings()->addMRUString(QStringLiteral("file%1.tif").arg(i));
+    QCOMPARE(settings()->getMRUCount(), size);
+    QCOMPARE(settings()->getMRUString(0), size ? QStringLiteral("file11.tif") : QString());
+    QCOMPARE(settings()->getMRUString(unsigned(size)), QString());
+}
+
+void TestCZOPreference::mruList()
+{
+    QVERIFY(PrefsFolders::activate("ML"));
+    CZOPreference::readUserTxtFile(); // five empty slots
+    QVERIFY(!settings()->addMRUString(QString()));
+    QVERIFY(settings()->addMRUString("b.tif"));
+    QVERIFY(settings()->addMRUString("c:/A.TIF"));
+    QVERIFY(settings()->addMRUString("C:/a.tif"));
+    QCOMPARE(settings()->getMRUCount(), 2);
+    QCOMPARE(settings()->getMRUString(0), QStringLiteral("C:/a.tif"));
+    for (const char *name : {"1", "2", "3", "4"})
+        settings()->addMRUString(name);
+    QCOMPARE(settings()->getMRUCount(), 5);
+    QCOMPARE(settings()->getMRUString(4), QStringLiteral("C:/a.tif")); // b.tif dropped out
+    QVERIFY(settings()->removeMRUString("C:/A.tif"));
+    QVERIFY(!settings()->removeMRUString("C:/A.tif"));
+    QCOMPARE(settings()->getMRUCount(), 4);
+    QCOMPARE(settings()->getMRUString(3), QStringLiteral("1"));
+}
+
+void TestCZOPreference::pathsAndWindowsRoundTrip()
+{
+    CPLPreferenceUser *user = PrefsFolders::activate("RT");
+    CZOPreference::readUserTxtFile();
+    settings()->setOpenPath("/open");
+    settings()->setExportPath("/export");
+    user->setDefaultUserPath("/work");
+    settings()->addMRUString("/one.tif");
+    settings()->addMRUString("/two.tif");
+    settings()->setMainWndRect(QRect(QPoint(10, 20), QPoint(800, 600)));
+    settings()->setMainWndState(WND_STATE_MAXIMIZED);
+    settings()->setProfileSettings({QColor(1, 2, 3), QColor(4, 5, 6), QRect(7, 8, 9, 10)});
+    CZOPreference::writeUserTxtFile();
+    QCOMPARE(user->saveData(), ES_SUCCESS);
+
+    CZOPreference::getPreferenceManager()->setActiveUserToNone();
+    QCOMPARE(m_folders.load(), ES_SUCCESS);
+    QCOMPARE(CZOPreference::getPreferenceManager()->setActiveUser(0), ES_SUCCESS);
+    CPLSection *paths = nullptr;
+    QCOMPARE(CZOPreference::getActiveUser()->getCustomSettingsSection("Application Related Paths", &paths),
+             ES_SUCCESS);
+    QCOMPARE(paths->value("MRU File 1"), QStringLiteral("/two.tif"));
+    QCOMPARE(paths->value("Preferred working Directory"), QStringLiteral("/work"));
+    CZOSSettings fresh;
+    std::swap(*settings(), fresh);
+    CZOPreference::readUserTxtFile();
+    const CZOSSettings *s = settings();
+    QCOMPARE((QVariantList{s->getOpenPath(), s->getExportPath(), s->getMRUString(0), s->getMRUString(1),
+                           s->getMainWndRect(), int(s->getMainWndState()), s->getProfileSettings().oLineColor,
+                           s->getProfileSettings().oBackColor, s->getProfileSettings().oRect}),
+             (QVariantList{"/open", "/export", "/two.tif", "/one.tif", QRect(QPoint(10, 20), QPoint(800, 600)),
+                           int(WND_STATE_MAXIMIZED), QColor(1, 2, 3), QColor(4, 5, 6), QRect(7, 8, 9, 10)}));
+    std::swap(*settings(), fresh);
+}
+
+void TestCZOPreference::customizeInfoKeepsOtherKeys()
+{
+    auto *general = new CPLSection("General User Setting");
+    general->setValue("Own Key", "kept");
+    general->setValue("Dock Left", "yes");
+    CPLPreferenceUser *user = PrefsFolders::activate("CK", general);
+    settings()->readCustomizeInfo();
+    QVERIFY(!settings()->isDockedRight());
+    settings()->getCustomizeInfo()->bAdvancedOption = true;
+    QCOMPARE(settings()->writeCustomizeInfo(), ES_SUCCESS);
+    QCOMPARE(general->value("Own Key"), QStringLiteral("kept"));
+    QCOMPARE(general->value("Advanced Option"), QStringLiteral("Yes"));
+    QCOMPARE(general->value("Dock Left"), QStringLiteral("Yes"));
+    QVERIFY(user->isSaveRequired());
+}
+
+void TestCZOPreference::noActiveUserKeepsLastValues()
+{
+    QVERIFY(PrefsFolders::activate("NA"));
+    settings()->readCustomizeInfo();
+    settings()->setOpenPath("/last");
+    CZOPreference::getPreferenceManager()->setActiveUserToNone();
+    CZOPreference::readUserTxtFile();
+    CZOPreference::writeUserTxtFile(); // nothing to write to, and no error box
+    QCOMPARE(settings()->getOpenPath(), QStringLiteral("/last"));
+    QCOMPARE(settings()->getCustomizeInfo()->nMRUSize, 5);
+    QCOMPARE(settings()->writeCustomizeInfo(), ES_INVALID_STATE);
 }
 
 QTEST_MAIN(TestCZOPreference)
