@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 namespace {
 const double NaN = std::numeric_limits<double>::quiet_NaN();
@@ -54,10 +55,9 @@ private slots:
         QFETCH(QVector<double>, y);
         QFETCH(QVector<double>, ex);
         QFETCH(QVector<double>, ey);
-        QFETCH(QVector<double>, expected);
         const ZOSPlotExtent e = zosLineExtent(view(x, y, ex, ey));
         QVERIFY(e.valid);
-        QCOMPARE((QVector<double>{e.xMin, e.yMin, e.xMax, e.yMax}), expected);
+        QTEST((QVector<double>{e.xMin, e.yMin, e.xMax, e.yMax}), "expected");
     }
 
     void extentOfNothing()
@@ -65,12 +65,11 @@ private slots:
         const QVector<double> bad{NaN, Inf};
         QVERIFY(!zosLineExtent(view(bad, bad)).valid);
         QVERIFY(!zosLineExtent(view({}, {})).valid);
+        QVERIFY(!zosDetermineRanges(ZOSPlotExtent(), false).drawable);
         ZOSPlotExtent a = zosLineExtent(view({1, 2}, {3, 4}));
-        ZOSPlotExtent m = zosMergeExtents(ZOSPlotExtent(), a);
-        QCOMPARE(m.xMax, 2.0);
-        m = zosMergeExtents(a, zosLineExtent(view({-5}, {10})));
-        QCOMPARE(m.xMin, -5.0);
-        QCOMPARE(m.yMax, 10.0);
+        QCOMPARE(zosMergeExtents(ZOSPlotExtent(), a).xMax, 2.0);
+        const ZOSPlotExtent m = zosMergeExtents(a, zosLineExtent(view({-5}, {10})));
+        QCOMPARE((QVector<double>{m.xMin, m.yMax}), (QVector<double>{-5, 10}));
     }
 
     void ranges_data()
@@ -90,41 +89,21 @@ private slots:
     {
         QFETCH(QVector<double>, extent);
         QFETCH(bool, floor);
-        ZOSPlotExtent e;
-        e.xMin = extent[0];
-        e.yMin = extent[1];
-        e.xMax = extent[2];
-        e.yMax = extent[3];
-        e.valid = true;
+        const ZOSPlotExtent e = zosLineExtent(view({extent[0], extent[2]}, {extent[1], extent[3]}));
         const ZOSPlotRanges r = zosDetermineRanges(e, floor);
         QTEST((QVector<double>{r.xDisplayMin, r.xDisplayMax, r.yDisplayMin, r.yDisplayMax}), "display");
         QTEST(r.drawable, "drawable");
     }
 
-    void rangesOfInvalidExtent() { QVERIFY(!zosDetermineRanges(ZOSPlotExtent(), false).drawable); }
-
-    void axisMap_data()
-    {
-        QTest::addColumn<bool>("reversed");
-        QTest::addColumn<double>("value");
-        QTest::addColumn<double>("pixel");
-        // 10 .. 20 over a 270-pixel widget: plot area 35 .. 235.
-        QTest::newRow("min at left") << false << 10.0 << 35.0;
-        QTest::newRow("max at right") << false << 20.0 << 235.0;
-        QTest::newRow("middle") << false << 15.0 << 135.0;
-        QTest::newRow("reversed min at right") << true << 10.0 << 235.0;
-        QTest::newRow("reversed max at left") << true << 20.0 << 35.0;
-        QTest::newRow("reversed quarter") << true << 12.5 << 185.0;
-    }
-
     void axisMap()
     {
-        QFETCH(bool, reversed);
-        QFETCH(double, value);
-        QFETCH(double, pixel);
-        const ZOSAxisMap m(10, 20, reversed, 35, 200);
-        QCOMPARE(m.toPixel(value), pixel);
-        QCOMPARE(m.toData(pixel), value);
+        // 10 .. 20 over a 270-pixel widget: plot area 35 .. 235.
+        const ZOSAxisMap m(10, 20, false, 35, 200), r(10, 20, true, 35, 200);
+        for (auto [map, value, pixel] : {std::tuple(&m, 10.0, 35.0), {&m, 20.0, 235.0}, {&m, 15.0, 135.0},
+                                         {&r, 10.0, 235.0}, {&r, 20.0, 35.0}, {&r, 12.5, 185.0}}) {
+            QCOMPARE(map->toPixel(value), pixel);
+            QCOMPARE(map->toData(pixel), value);
+        }
         const ZOSAxisMap y(0, 100, false, 200 - 35, -(200 - 70));
         QCOMPARE(y.toPixel(0), 165.0);
         QCOMPARE(y.toPixel(100), 35.0);
@@ -152,10 +131,10 @@ private slots:
     void tickLabels()
     {
         QFETCH(double, value);
-        tagZOSDisplayRange r;
         QFETCH(double, niceMin);
         QFETCH(double, step);
         QFETCH(int, exponent);
+        tagZOSDisplayRange r;
         r.niceMinimum = niceMin;
         r.tickStep = step;
         r.exponent = exponent;
@@ -297,9 +276,8 @@ private slots:
     {
         const QVector<double> up{1, 2, 2, 3}, down{1, 3, 2}, nan{1, NaN, 3}, inf{1, 2, Inf};
         QVERIFY(zosIsSortedAndFinite(up.constData(), up.constData(), up.size()));
-        QVERIFY(!zosIsSortedAndFinite(down.constData(), up.constData(), down.size()));
-        QVERIFY(!zosIsSortedAndFinite(nan.constData(), up.constData(), nan.size()));
-        QVERIFY(!zosIsSortedAndFinite(up.constData(), inf.constData(), inf.size()));
+        for (auto [x, y] : {std::pair(&down, &up), {&nan, &up}, {&up, &inf}})
+            QVERIFY(!zosIsSortedAndFinite(x->constData(), y->constData(), 3));
     }
 
     void area_data()
@@ -326,47 +304,33 @@ private slots:
         QCOMPARE(zosQuvelArea(x.constData(), y.constData(), x.size()), area);
     }
 
-    void toolTipConversion()
-    {
-        // Deliberately scaled by the maximum alone: 10 .. 20 on 270 pixels, x = 135 looks up 20.
-        QCOMPARE(zosToolTipPointX(10, 20, 270, 135), 20.0);
-        QCOMPARE(zosToolTipPointY(0, 100, 270, 235), 0.0);
-        QCOMPARE(zosToolTipPointY(0, 100, 270, 35), 100.0);
-        QCOMPARE(zosToolTipTolerance(10, 20, 270), 0.25);
-        QCOMPARE(zosToolTipPointX(10, 20, 70, 100), 10.0); // zero-width plot area: no division
-    }
+    // The lookup itself is pinned through the plot's tool tips; here only the zero-width plot area.
+    void toolTipOnZeroWidthArea() { QCOMPARE(zosToolTipPointX(10, 20, 70, 100), 10.0); }
 
     void glMargins_data()
     {
-        QTest::addColumn<bool>("low");
-        QTest::addColumn<bool>("legend");
-        QTest::addColumn<bool>("xLabelEmpty");
-        QTest::addColumn<int>("xExp");
-        QTest::addColumn<int>("yExp");
+        QTest::addColumn<QVector<int>>("input");   // low padding, legend, X label empty, X exponent, Y exponent
         QTest::addColumn<QVector<int>>("margins"); // left, right, bottom, top
+        using I = QVector<int>;
         // Font ascent 12, descent 3: text height 9.
-        QTest::newRow("default with legend") << false << true << true << 0 << 0 << QVector<int>{50, 40, 30, 50};
-        QTest::newRow("default without legend") << false << false << true << 0 << 0 << QVector<int>{50, 40, 30, 31};
-        QTest::newRow("low, empty X label") << true << false << true << 0 << 0 << QVector<int>{35, 15, 20, 14};
-        QTest::newRow("low, X label") << true << false << false << 0 << 0 << QVector<int>{35, 15, 30, 14};
-        QTest::newRow("low, X exponent") << true << false << true << 5 << 0 << QVector<int>{35, 40, 20, 14};
-        QTest::newRow("low, Y exponent") << true << false << true << 0 << -4 << QVector<int>{35, 15, 20, 50};
-        QTest::newRow("low with legend") << true << true << true << 0 << 0 << QVector<int>{35, 15, 20, 50};
+        QTest::newRow("default with legend") << I{0, 1, 1, 0, 0} << I{50, 40, 30, 50};
+        QTest::newRow("default without legend") << I{0, 0, 1, 0, 0} << I{50, 40, 30, 31};
+        QTest::newRow("low, empty X label") << I{1, 0, 1, 0, 0} << I{35, 15, 20, 14};
+        QTest::newRow("low, X label") << I{1, 0, 0, 0, 0} << I{35, 15, 30, 14};
+        QTest::newRow("low, X exponent") << I{1, 0, 1, 5, 0} << I{35, 40, 20, 14};
+        QTest::newRow("low, Y exponent") << I{1, 0, 1, 0, -4} << I{35, 15, 20, 50};
+        QTest::newRow("low with legend") << I{1, 1, 1, 0, 0} << I{35, 15, 20, 50};
     }
 
     void glMargins()
     {
+        QFETCH(QVector<int>, input);
         ZOSGLLayoutInput in;
-        QFETCH(bool, low);
-        QFETCH(bool, legend);
-        QFETCH(bool, xLabelEmpty);
-        QFETCH(int, xExp);
-        QFETCH(int, yExp);
-        in.lowMarginPadding = low;
-        in.legendShown = legend;
-        in.xLabelEmpty = xLabelEmpty;
-        in.xExponent = xExp;
-        in.yExponent = yExp;
+        in.lowMarginPadding = input[0];
+        in.legendShown = input[1];
+        in.xLabelEmpty = input[2];
+        in.xExponent = input[3];
+        in.yExponent = input[4];
         in.fontAscent = 12;
         in.fontDescent = 3;
         const ZOSPlotMargins m = zosGLMargins(in);
