@@ -281,7 +281,6 @@ void TestCPLPreferenceUser::roiFileNumbers_data()
     QStringList all;
     for (int i = 1; i < 900; ++i)
         all << QStringLiteral("ROI_%1_RO.txt").arg(i);
-    QTest::newRow("empty folder") << QStringList() << "ROI_1_RO.txt";
     QTest::newRow("1 2 4 taken") << QStringList{"ROI_1_RO.txt", "ROI_2_x.txt", "ROI_4_RO.txt"} << "ROI_3_RO.txt";
     QTest::newRow("numbers count modulo 900") << QStringList{"ROI_901_RO.txt"} << "ROI_2_RO.txt";
     QTest::newRow("other names ignored") << QStringList{"ROI_x_RO.txt", "ROI__RO.txt", "roi_1_RO.txt", "ROI_1"}

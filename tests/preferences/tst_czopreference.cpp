@@ -34,6 +34,7 @@ private slots:
     void pathsAndWindowsRoundTrip();
     void customizeInfoKeepsOtherKeys();
     void noActiveUserKeepsLastValues();
+    void windowDefaultsAndDiskPaths();
 
 private:
     CZOSSettings *settings() { return CZOPreference::getSettings(); }
@@ -361,6 +362,27 @@ void TestCZOPreference::noActiveUserKeepsLastValues()
     QCOMPARE(settings()->getOpenPath(), QStringLiteral("/last"));
     QCOMPARE(settings()->getCustomizeInfo()->nMRUSize, 5);
     QCOMPARE(settings()->writeCustomizeInfo(), ES_INVALID_STATE);
+}
+
+void TestCZOPreference::windowDefaultsAndDiskPaths()
+{
+    auto *histogram = new CPLSection("Histogram Window Details");
+    histogram->setValue("X1", "5");
+    histogram->setValue("LineColor Green", "not a number");
+    QVERIFY(PrefsFolders::activate("WD", histogram));
+    CZOPreference::readUserTxtFile();
+    const QRect none(QPoint(-1, -1), QPoint(-1, -1));
+    QCOMPARE((QVariantList{settings()->getMainWndRect(), settings()->getProfileSettings().oLineColor,
+                           settings()->getHistogramSettings().oRect, settings()->getHistogramSettings().oLineColor}),
+             (QVariantList{none, QColor(0, 0, 205), QRect(QPoint(5, -1), QPoint(-1, -1)), QColor(255, 0, 0)}));
+    // Without "Save Disk-Paths" the store leaves the export folder alone.
+    settings()->getCustomizeInfo()->bSaveDiskPaths = false;
+    settings()->setExportPath("/before");
+    CZOPreference::setExportPath("/ignored");
+    QCOMPARE(settings()->getExportPath(), QStringLiteral("/before"));
+    settings()->getCustomizeInfo()->bSaveDiskPaths = true;
+    CZOPreference::setExportPath("/kept");
+    QCOMPARE(settings()->getExportPath(), QStringLiteral("/kept"));
 }
 
 QTEST_MAIN(TestCZOPreference)
