@@ -71,8 +71,7 @@ private slots:
     void refusesOutOfTurn();
     void rejectsUnusableShapes_data();
     void rejectsUnusableShapes();
-    void replacingTheQueue();
-    void destructorDeletesFile();
+    void whichFilesTheQueueDeletes();
     void badFiles_data();
     void badFiles();
     void offsetsBeyondFourGiB();
@@ -242,48 +241,35 @@ void TestImageQueue::rejectsUnusableShapes()
     QVERIFY(!QFile::exists(file));
 }
 
-void TestImageQueue::replacingTheQueue()
+void TestImageQueue::whichFilesTheQueueDeletes()
 {
-    const QString first = path("first.bin");
-    const QString second = path("second.bin");
-    const QString third = path("third.bin");
-    CZOImageQueue queue(first, 2, kWidth, kHeight, ZOS_DT_UINT16);
-    QVERIFY(queue.addFrame(frame(1).constData()));
-
-    queue.initImageQueue(second, 2, kWidth, kHeight, ZOS_DT_UINT16, false);
-    QVERIFY(QFile::exists(first));
-    QVERIFY(QFile::exists(second));
-    QCOMPARE(queue.getNumberOfFrames(), quint64(0));
-
-    queue.initImageQueue(third, 2, kWidth, kHeight, ZOS_DT_UINT16, true);
-    QVERIFY(!QFile::exists(second));
-    QVERIFY(QFile::exists(third));
-    QVERIFY(queue.isImageQueueModInProcess());
-}
-
-void TestImageQueue::destructorDeletesFile()
-{
-    const QString file = path("q.bin");
+    const QString first = path("first.bin"), second = path("second.bin"), third = path("third.bin");
     {
-        CZOImageQueue queue(file, 2, kWidth, kHeight, ZOS_DT_UINT16);
+        CZOImageQueue queue(first, 2, kWidth, kHeight, ZOS_DT_UINT16);
+        QVERIFY(queue.addFrame(frame(1).constData()));
+        queue.initImageQueue(second, 2, kWidth, kHeight, ZOS_DT_UINT16, false);
+        QVERIFY(QFile::exists(first) && QFile::exists(second));
+        QCOMPARE(queue.getNumberOfFrames(), quint64(0));
+        queue.initImageQueue(third, 2, kWidth, kHeight, ZOS_DT_UINT16, true);
+        QVERIFY(!QFile::exists(second) && QFile::exists(third));
+        QVERIFY(queue.isImageQueueModInProcess());
         QVERIFY(queue.addFrame(frame(1).constData()));
         queue.finalizeImageQueue(1, 0);
         {
             CZOImageQueue reader;
-            QVERIFY(reader.initFromFile(file, ZOS_DT_UINT16));
+            QVERIFY(reader.initFromFile(third, ZOS_DT_UINT16));
         }
-        QVERIFY(!QFile::exists(file)); // the reopened queue owned it too
+        QVERIFY(!QFile::exists(third)); // the reopened queue owned it too
     }
-    QVERIFY(!QFile::exists(file));
+    QVERIFY(QFile::exists(first)); // let go without deleting
 
     // A file refused as a queue is not the queue's to delete.
-    const QString other = path("notes.txt");
-    QVERIFY(writeFile(other, "not a queue"));
+    QVERIFY(writeFile(second, "not a queue"));
     {
         CZOImageQueue reader;
-        QVERIFY(!reader.initFromFile(other, ZOS_DT_UINT16));
+        QVERIFY(!reader.initFromFile(second, ZOS_DT_UINT16));
     }
-    QCOMPARE(readFile(other), QByteArray("not a queue"));
+    QCOMPARE(readFile(second), QByteArray("not a queue"));
 }
 
 void TestImageQueue::badFiles_data()

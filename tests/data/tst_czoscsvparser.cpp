@@ -30,10 +30,6 @@ bool writeFile(const QString &path, const QByteArray &bytes)
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
-} // namespace
-
-namespace {
-
 // The editor's rules spelled out the slow, obvious way, to check the fast one.
 struct PlainModel {
     QList<QByteArray> rows; // non-empty lines without their line ends
@@ -123,11 +119,7 @@ private slots:
     void appendedRowsHaveNoFinalLineEnd();
     void changes_data();
     void changes();
-    void getCSVColumnValue_data();
-    void getCSVColumnValue();
-    void getCSVRowNumber_data();
-    void getCSVRowNumber();
-    void readingLeavesFileAndStreamAlone();
+    void readsLeaveFileAndStreamAlone();
     void outputStreamTextIsKept();
     void longLines_data();
     void longLines();
@@ -276,60 +268,7 @@ void TestCSVParser::changes()
     QCOMPARE(readFile(path()), after);
 }
 
-void TestCSVParser::getCSVColumnValue_data()
-{
-    QTest::addColumn<int>("row");
-    QTest::addColumn<int>("column");
-    QTest::addColumn<QString>("value");
-
-    QTest::newRow("header cell") << 0 << 0 << "id";
-    QTest::newRow("last cell") << 1 << 2 << "10";
-    QTest::newRow("empty lines are not rows") << 2 << 0 << "2";
-    QTest::newRow("an empty cell shifts the rest left") << 2 << 1 << "20";
-    QTest::newRow("the shifted-out column is empty") << 2 << 2 << "";
-    QTest::newRow("\\n line end") << 3 << 2 << "30";
-    QTest::newRow("trailing comma") << 4 << 1 << "d";
-    QTest::newRow("after a trailing comma") << 4 << 2 << "";
-    QTest::newRow("row past the end") << 5 << 0 << "";
-    QTest::newRow("negative row") << -1 << 0 << "";
-    QTest::newRow("negative column") << 1 << -1 << "";
-}
-
-void TestCSVParser::getCSVColumnValue()
-{
-    QFETCH(int, row);
-    QFETCH(int, column);
-    QFETCH(QString, value);
-    QVERIFY(writeFile(path(), kMixed));
-    CZOSCSVParser parser(path(), kHeader);
-    QCOMPARE(parser.getCSVColumnValue(row, column), value);
-    QCOMPARE(parser.getNumRows(), 5);
-}
-
-void TestCSVParser::getCSVRowNumber_data()
-{
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<int>("row");
-
-    QTest::newRow("header") << "id" << 0;
-    QTest::newRow("first of two") << "1" << 1;
-    QTest::newRow("after an empty line") << "2" << 2;
-    QTest::newRow("last row, no line end") << "3" << 4;
-    QTest::newRow("case-sensitive") << "ID" << -1;
-    QTest::newRow("whole field only") << "i" << -1;
-    QTest::newRow("empty key") << "" << -1;
-}
-
-void TestCSVParser::getCSVRowNumber()
-{
-    QFETCH(QString, key);
-    QFETCH(int, row);
-    QVERIFY(writeFile(path(), kMixed));
-    CZOSCSVParser parser(path(), kHeader);
-    QCOMPARE(parser.getCSVRowNumber(key), row);
-}
-
-void TestCSVParser::readingLeavesFileAndStreamAlone()
+void TestCSVParser::readsLeaveFileAndStreamAlone()
 {
     QVERIFY(writeFile(path(), kMixed));
     CZOSCSVParser parser(path(), kHeader);
@@ -337,10 +276,30 @@ void TestCSVParser::readingLeavesFileAndStreamAlone()
     QVERIFY(stream);
     QVERIFY(stream->seek(7)); // a caller's own position, mid-header
     QCOMPARE(parser.getNumRows(), 5);
-    QCOMPARE(stream->pos(), qint64(7));
-    QCOMPARE(parser.getCSVRowNumber("3"), 4);
-    QCOMPARE(stream->pos(), qint64(7));
-    QCOMPARE(parser.getCSVColumnValue(3, 1), QStringLiteral("c"));
+
+    const struct {
+        int row, column;
+        const char *value;
+    } cells[] = {
+        {0, 0, "id"}, {1, 2, "10"},
+        {2, 0, "2"},  // empty lines are not rows
+        {2, 1, "20"}, // an empty cell shifts the rest left...
+        {2, 2, ""},   // ...and the shifted-out column is empty
+        {3, 2, "30"}, // "\n" line end
+        {4, 1, "d"},  {4, 2, ""}, // trailing comma
+        {5, 0, ""},   {-1, 0, ""}, {1, -1, ""},
+    };
+    for (const auto &cell : cells)
+        QCOMPARE(parser.getCSVColumnValue(cell.row, cell.column), QString::fromUtf8(cell.value));
+
+    // Keys match the whole first field, case included; the last row has no line end.
+    const struct {
+        const char *key;
+        int row;
+    } keys[] = {{"id", 0}, {"1", 1}, {"2", 2}, {"3", 4}, {"ID", -1}, {"i", -1}, {"", -1}};
+    for (const auto &key : keys)
+        QCOMPARE(parser.getCSVRowNumber(QString::fromUtf8(key.key)), key.row);
+
     QCOMPARE(stream->pos(), qint64(7));
     QCOMPARE(readFile(path()), kMixed);
 }
