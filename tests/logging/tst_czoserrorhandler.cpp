@@ -203,24 +203,18 @@ void TestCZOSErrorHandler::shortcuts()
         else
             buttonWithText(box, press)->click();
     });
-    int got = -100;
-    if (which == QLatin1String("error"))
-        got = CZOSMessageBox::error(nullptr, title, text, QMessageBox::Retry, QMessageBox::Abort | QMessageBox::Escape);
-    else if (which == QLatin1String("information"))
-        got = CZOSMessageBox::information(nullptr, title, text, yes, no);
-    else if (which == QLatin1String("question"))
-        got = CZOSMessageBox::question(nullptr, title, text, yes, no);
-    else if (which == QLatin1String("warning"))
-        got = CZOSMessageBox::warning(nullptr, title, text, yes, no);
-    else if (which == QLatin1String("informationTexts"))
-        got = CZOSMessageBox::information(nullptr, title, text, a, b, c, 0, 2);
-    else if (which == QLatin1String("questionTexts"))
-        got = CZOSMessageBox::question(nullptr, title, text, a, b, c, 0, 2);
-    else if (which == QLatin1String("warningTexts"))
-        got = CZOSMessageBox::warning(nullptr, title, text, a, b, c, 0, 2);
-    else if (which == QLatin1String("status"))
-        got = CZOSErrorHandler::question(nullptr, ES_DATASET_EXISTS, QString());
-
+    const QHash<QString, std::function<int()>> show{
+        {"error",
+         [&] { return CZOSMessageBox::error(nullptr, title, text, QMessageBox::Retry, QMessageBox::Abort | QMessageBox::Escape); }},
+        {"information", [&] { return CZOSMessageBox::information(nullptr, title, text, yes, no); }},
+        {"question", [&] { return CZOSMessageBox::question(nullptr, title, text, yes, no); }},
+        {"warning", [&] { return CZOSMessageBox::warning(nullptr, title, text, yes, no); }},
+        {"informationTexts", [&] { return CZOSMessageBox::information(nullptr, title, text, a, b, c, 0, 2); }},
+        {"questionTexts", [&] { return CZOSMessageBox::question(nullptr, title, text, a, b, c, 0, 2); }},
+        {"warningTexts", [&] { return CZOSMessageBox::warning(nullptr, title, text, a, b, c, 0, 2); }},
+        {"status", [] { return CZOSErrorHandler::question(nullptr, ES_DATASET_EXISTS, QString()); }},
+    };
+    const int got = show.value(which)();
     QCOMPARE(got, result);
     QVERIFY(seen.shown);
     if (which == QLatin1String("status")) {

@@ -86,26 +86,19 @@ void TestCZOSLogThreads::everyThreadsMessagesArriveOnceAndInOrder()
     QVERIFY(lines.at(2).startsWith("OpenGL Vendor: , Driver: , Version: \r")); // no GUI here
     QCOMPARE(lines.at(3 + total + 1), QByteArray("Found 2000 errors, 10000  warnings\r"));
 
+    // Each thread's messages appear once each, in the order it sent them; odd posted ones are warnings.
+    const QRegularExpression entry(
+        QStringLiteral("^[^\t]*\t(?:(Warning > )?poster (\\d) message (\\d+)|Error   > direct (\\d+))\r$"));
     QVector<int> next(kPostingThreads + 1, 0);
     for (int n = 3; n < 3 + total; ++n) {
-        const QByteArray line = lines.at(n);
-        QVERIFY2(line.endsWith('\r'), line.constData());
-        const QByteArray text = line.mid(line.indexOf('\t') + 1).chopped(1);
-        int thread = kPostingThreads;
-        QByteArray index;
-        if (text.startsWith("Error   > direct ")) {
-            index = text.mid(17);
-        } else {
-            const bool warning = text.startsWith("Warning > ");
-            const QList<QByteArray> words = text.mid(warning ? 10 : 0).split(' ');
-            QVERIFY2(words.size() == 4 && words.at(0) == "poster", text.constData());
-            thread = words.at(1).toInt();
-            index = words.at(3);
-            QCOMPARE(warning, index.toInt() % 2 == 1);
-        }
-        // Each thread's messages appear once each, in the order it sent them.
-        QVERIFY2(index.toInt() == next[thread], text.constData());
-        ++next[thread];
+        const QRegularExpressionMatch m = entry.match(QString::fromLatin1(lines.at(n)));
+        QVERIFY2(m.hasMatch(), lines.at(n).constData());
+        const bool direct = !m.captured(4).isEmpty();
+        const int thread = direct ? kPostingThreads : m.captured(2).toInt();
+        const int index = (direct ? m.captured(4) : m.captured(3)).toInt();
+        if (!direct)
+            QCOMPARE(!m.captured(1).isEmpty(), index % 2 == 1);
+        QVERIFY2(index == next[thread]++, lines.at(n).constData());
     }
     for (int t = 0; t < kPostingThreads; ++t)
         QCOMPARE(next[t], kMessagesPerThread);
