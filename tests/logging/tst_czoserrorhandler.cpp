@@ -192,6 +192,7 @@ void TestCZOSErrorHandler::shortcuts()
     const QString text = QStringLiteral("Proceed?");
     const int yes = QMessageBox::Yes | QMessageBox::Default;
     const int no = QMessageBox::No | QMessageBox::Escape;
+    const int abort = QMessageBox::Abort | QMessageBox::Escape;
     const QString a = QStringLiteral("Now"), b = QStringLiteral("Later"), c = QStringLiteral("Never");
 
     Seen seen;
@@ -204,8 +205,7 @@ void TestCZOSErrorHandler::shortcuts()
             buttonWithText(box, press)->click();
     });
     const QHash<QString, std::function<int()>> show{
-        {"error",
-         [&] { return CZOSMessageBox::error(nullptr, title, text, QMessageBox::Retry, QMessageBox::Abort | QMessageBox::Escape); }},
+        {"error", [&] { return CZOSMessageBox::error(nullptr, title, text, QMessageBox::Retry, abort); }},
         {"information", [&] { return CZOSMessageBox::information(nullptr, title, text, yes, no); }},
         {"question", [&] { return CZOSMessageBox::question(nullptr, title, text, yes, no); }},
         {"warning", [&] { return CZOSMessageBox::warning(nullptr, title, text, yes, no); }},

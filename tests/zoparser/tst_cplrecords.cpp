@@ -410,7 +410,8 @@ void TestCPLRecords::badFiles_data()
     QTest::newRow("empty") << "click" << QByteArray() << ES_NO_CLICKINFO_SECTIONS << 0;
     QTest::newRow("truncated in a key") << "click" << a + "*** B:\r\nExposure Ti" << ES_FORMAT_CHAR_NOT_FOUND << 1;
     QTest::newRow("truncated in a value") << "click" << a + "*** B:\r\nExposure Time:\t6" << ES_SUCCESS << 2;
-    QTest::newRow("header without colon") << "click" << QByteArray("*** A\r\nk:\tv\r\n") << ES_FORMAT_CHAR_NOT_FOUND << 0;
+    QTest::newRow("header without colon")
+        << "click" << QByteArray("*** A\r\nk:\tv\r\n") << ES_FORMAT_CHAR_NOT_FOUND << 0;
     QTest::newRow("line without tab") << "click" << a + "*** B:\r\nk v\r\n" << ES_FORMAT_CHAR_NOT_FOUND << 1;
     QTest::newRow("Latin-1 bytes") << "click" << QByteArray("*** A:\nT:\t-90 \xb0" "C\n") << ES_SUCCESS << 1;
     QByteArray garbage(4096, '\0');
@@ -419,9 +420,11 @@ void TestCPLRecords::badFiles_data()
     QTest::newRow("binary") << "click" << garbage << ES_FORMAT_CHAR_NOT_FOUND << 0;
     QTest::newRow("50 MB of garbage") << "settings" << a + QByteArray(50 << 20, 'x') << ES_FORMAT_CHAR_NOT_FOUND << 1;
     QTest::newRow("sequence short of click numbers")
-        << "sequence" << QByteArray("*** Sequence:\nClickNumbers in Sequence:\t2\nClickNumber 1:\tA\n") << ES_CORRUPT_FILE << -1;
+        << "sequence" << QByteArray("*** Sequence:\nClickNumbers in Sequence:\t2\nClickNumber 1:\tA\n")
+        << ES_CORRUPT_FILE << -1;
     QTest::newRow("sequence of blank lines") << "sequence" << QByteArray("\r\n\r\n") << ES_NO_SEQINFO_SECTIONS << -1;
-    QTest::newRow("camera section missing") << "camera" << QByteArray("*** Other:\nx:\t1\n") << ES_SYSTEM_CONFIG_NOT_FOUND << 1;
+    QTest::newRow("camera section missing")
+        << "camera" << QByteArray("*** Other:\nx:\t1\n") << ES_SYSTEM_CONFIG_NOT_FOUND << 1;
 }
 
 void TestCPLRecords::badFiles()
