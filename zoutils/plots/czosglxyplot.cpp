@@ -17,25 +17,6 @@ bool worthReducing(int points, int columns) { return points > 4 * std::max(colum
 
 } // namespace
 
-ZOSPlotLineView SZOSGLXYPlotLine::view() const
-{
-    ZOSPlotLineView v;
-    v.x = x.constData();
-    v.y = y.constData();
-    v.count = nPoints;
-    v.xErrors = nXErrors > 0 ? xErrors.constData() : nullptr;
-    v.xErrorCount = nXErrors;
-    v.yErrors = nYErrors > 0 ? yErrors.constData() : nullptr;
-    v.yErrorCount = nYErrors;
-    return v;
-}
-
-void SZOSGLXYPlotLine::refreshCache()
-{
-    extent = zosLineExtent(view());
-    sortedAndFinite = zosIsSortedAndFinite(x.constData(), y.constData(), nPoints);
-}
-
 CZOSGLXYPlot::CZOSGLXYPlot(QWidget *parent, const char *name)
     : QGLWidget(parent)
     , m_oFont(QStringLiteral("Times"), 9, 25, false)
@@ -61,7 +42,7 @@ CZOSGLXYPlot::CZOSGLXYPlot(QWidget *parent, const char *name)
     connect(m_pDisplayModeGroup, &QActionGroup::triggered, this, &CZOSGLXYPlot::onDisplayPopupActivated);
 }
 
-CZOSGLXYPlot::~CZOSGLXYPlot() { qDeleteAll(m_lines); }
+CZOSGLXYPlot::~CZOSGLXYPlot() { ZOSPlotLines::deleteAll(m_lines); }
 
 // ---- data ----------------------------------------------------------------
 
@@ -78,89 +59,51 @@ bool CZOSGLXYPlot::addDataLine(const QString &name, const QVector<double> &x, co
         return false;
     }
     auto *line = new SZOSGLXYPlotLine;
-    line->nPoints = x.size();
-    line->x = x;
-    line->y = y;
-    line->xErrors = xErrors.mid(0, line->nPoints);
-    line->nXErrors = line->xErrors.size();
-    line->yErrors = yErrors.mid(0, line->nPoints);
-    line->nYErrors = line->yErrors.size();
-    SZOSGLXYPlotLine *old = m_lines.value(name);
-    if (settings) {
-        line->settings = *settings;
-    } else if (old) {
-        line->settings = old->settings;
-    } else {
-        line->settings.displayMode = m_nCurrentDisplayMode;
-    }
-    delete old;
-    line->refreshCache();
-    m_lines.insert(name, line);
+    line->setPoints(x, y, xErrors, yErrors);
+    ZOSPlotLines::insert(m_lines, name, line, settings, m_nCurrentDisplayMode);
     invalidate();
     return true;
 }
 
 bool CZOSGLXYPlot::removeDataLine(const QString &name)
 {
-    SZOSGLXYPlotLine *line = m_lines.take(name);
-    if (!line) {
+    if (!ZOSPlotLines::remove(m_lines, name))
         return false;
-    }
-    delete line;
     invalidate();
     return true;
 }
 
 bool CZOSGLXYPlot::removeXErrorData(const QString &name)
 {
-    SZOSGLXYPlotLine *line = m_lines.value(name);
-    if (!line) {
+    if (!ZOSPlotLines::clearErrors(m_lines, name, true))
         return false;
-    }
-    line->xErrors.clear();
-    line->nXErrors = 0;
-    line->refreshCache();
     invalidate();
     return true;
 }
 
 bool CZOSGLXYPlot::removeYErrorData(const QString &name)
 {
-    SZOSGLXYPlotLine *line = m_lines.value(name);
-    if (!line) {
+    if (!ZOSPlotLines::clearErrors(m_lines, name, false))
         return false;
-    }
-    line->yErrors.clear();
-    line->nYErrors = 0;
-    line->refreshCache();
     invalidate();
     return true;
 }
 
 void CZOSGLXYPlot::clear()
 {
-    qDeleteAll(m_lines);
-    m_lines.clear();
+    ZOSPlotLines::deleteAll(m_lines);
     invalidate();
 }
 
 bool CZOSGLXYPlot::getDisplaySettings(const QString &name, DISPLAY_SETTINGS &settings) const
 {
-    const SZOSGLXYPlotLine *line = m_lines.value(name);
-    if (!line) {
-        return false;
-    }
-    settings = line->settings;
-    return true;
+    return ZOSPlotLines::getSettings(m_lines, name, settings);
 }
 
 bool CZOSGLXYPlot::setDisplaySettings(const QString &name, const DISPLAY_SETTINGS &settings)
 {
-    SZOSGLXYPlotLine *line = m_lines.value(name);
-    if (!line) {
+    if (!ZOSPlotLines::setSettings(m_lines, name, settings))
         return false;
-    }
-    line->settings = settings;
     update();
     return true;
 }

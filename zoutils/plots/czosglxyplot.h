@@ -2,6 +2,7 @@
 
 #include "zoutils_export.h"
 #include "zosplotdefs.h"
+#include "zosplotlines.h"
 #include "zosplotscale.h"
 
 #include <QFont>
@@ -18,22 +19,8 @@ class QActionGroup;
 class QMenu;
 class QPainter;
 
-// One data line of the GL plot. Error values are half-widths; point i has an
-// error bar on an axis only when i is below that axis' error count.
-struct ZOUTILS_EXPORT SZOSGLXYPlotLine {
-    int nPoints = 0;
-    QVector<double> x;
-    QVector<double> y;
-    int nXErrors = 0;
-    QVector<double> xErrors; // empty when the line has none
-    int nYErrors = 0;
-    QVector<double> yErrors;
-    DISPLAY_SETTINGS settings;
-    ZOSPlotExtent extent;         // cached with the data; finite points only
-    bool sortedAndFinite = false; // cached with the data, for the curve reduction
-
-    ZOSPlotLineView view() const;
-    void refreshCache();
+// One data line of the GL plot.
+struct ZOUTILS_EXPORT SZOSGLXYPlotLine : SZOSPlotLineData {
 };
 
 // The OpenGL twin of CZOSXYPlot for plots of many points: named lines with

@@ -25,25 +25,6 @@ bool worthReducing(int points, int columns) { return points > 4 * std::max(colum
 
 } // namespace
 
-ZOSPlotLineView SZOSXYPlotLine::view() const
-{
-    ZOSPlotLineView v;
-    v.x = x.constData();
-    v.y = y.constData();
-    v.count = nPoints;
-    v.xErrors = nXErrors > 0 ? xErrors.constData() : nullptr;
-    v.xErrorCount = nXErrors;
-    v.yErrors = nYErrors > 0 ? yErrors.constData() : nullptr;
-    v.yErrorCount = nYErrors;
-    return v;
-}
-
-void SZOSXYPlotLine::refreshExtent()
-{
-    extent = zosLineExtent(view());
-    sortedAndFinite = zosIsSortedAndFinite(x.constData(), y.constData(), nPoints);
-}
-
 CZOSXYPlot::CZOSXYPlot(QWidget *parent, const char *name)
     : QWidget(parent)
     , m_oFont(QStringLiteral("Times"), 9, 25, false)
@@ -86,7 +67,7 @@ CZOSXYPlot::CZOSXYPlot(QWidget *parent, const char *name)
     setAttribute(Qt::WA_OpaquePaintEvent);
 }
 
-CZOSXYPlot::~CZOSXYPlot() { qDeleteAll(m_lines); }
+CZOSXYPlot::~CZOSXYPlot() { ZOSPlotLines::deleteAll(m_lines); }
 
 // ---- data ----------------------------------------------------------------
 
@@ -103,90 +84,55 @@ bool CZOSXYPlot::addDataLine(const QString &name, const QVector<double> &x, cons
         return false;
     }
     auto *line = new SZOSXYPlotLine;
-    line->nPoints = x.size();
-    line->x = x;
-    line->y = y;
-    line->xErrors = xErrors.mid(0, line->nPoints);
-    line->nXErrors = line->xErrors.size();
-    line->yErrors = yErrors.mid(0, line->nPoints);
-    line->nYErrors = line->yErrors.size();
+    line->setPoints(x, y, xErrors, yErrors);
     line->labels = labels;
     line->angles = angles;
     line->notes = notes;
-    if (SZOSXYPlotLine *old = m_lines.value(name)) {
-        line->settings = old->settings;
-        delete old;
-    } else {
-        line->settings.displayMode = m_nCurrentDisplayMode;
-    }
-    line->refreshExtent();
-    m_lines.insert(name, line);
+    ZOSPlotLines::insert(m_lines, name, line, nullptr, m_nCurrentDisplayMode);
     invalidate();
     return true;
 }
 
 bool CZOSXYPlot::removeDataLine(const QString &name)
 {
-    SZOSXYPlotLine *line = m_lines.take(name);
-    if (!line) {
+    if (!ZOSPlotLines::remove(m_lines, name))
         return false;
-    }
-    delete line;
     invalidate();
     return true;
 }
 
 bool CZOSXYPlot::removeXErrorData(const QString &name)
 {
-    SZOSXYPlotLine *line = m_lines.value(name);
-    if (!line) {
+    if (!ZOSPlotLines::clearErrors(m_lines, name, true))
         return false;
-    }
-    line->xErrors.clear();
-    line->nXErrors = 0;
-    line->refreshExtent();
     invalidate();
     return true;
 }
 
 bool CZOSXYPlot::removeYErrorData(const QString &name)
 {
-    SZOSXYPlotLine *line = m_lines.value(name);
-    if (!line) {
+    if (!ZOSPlotLines::clearErrors(m_lines, name, false))
         return false;
-    }
-    line->yErrors.clear();
-    line->nYErrors = 0;
-    line->refreshExtent();
     invalidate();
     return true;
 }
 
 void CZOSXYPlot::clear()
 {
-    qDeleteAll(m_lines);
-    m_lines.clear();
+    ZOSPlotLines::deleteAll(m_lines);
     m_sQuvelPlotArea.clear();
     invalidate();
 }
 
 bool CZOSXYPlot::getDisplaySettings(const QString &name, DISPLAY_SETTINGS &settings) const
 {
-    const SZOSXYPlotLine *line = m_lines.value(name);
-    if (!line) {
-        return false;
-    }
-    settings = line->settings;
-    return true;
+    return ZOSPlotLines::getSettings(m_lines, name, settings);
 }
 
 bool CZOSXYPlot::setDisplaySettings(const QString &name, const DISPLAY_SETTINGS &settings)
 {
-    SZOSXYPlotLine *line = m_lines.value(name);
-    if (!line) {
+    if (!ZOSPlotLines::setSettings(m_lines, name, settings))
         return false;
-    }
-    line->settings = settings;
     update();
     return true;
 }

@@ -2,6 +2,7 @@
 
 #include "zoutils_export.h"
 #include "zosplotdefs.h"
+#include "zosplotlines.h"
 #include "zosplotscale.h"
 
 #include <QColor>
@@ -19,25 +20,12 @@ class QActionGroup;
 class QMenu;
 class QPainter;
 
-// One data line of the painted plot. Error values are half-widths; point i
-// has an error bar on an axis only when i is below that axis' error count.
-struct ZOUTILS_EXPORT SZOSXYPlotLine {
-    int nPoints = 0;
-    QVector<double> x;
-    QVector<double> y;
-    int nXErrors = 0;
-    QVector<double> xErrors; // empty when the line has none
-    int nYErrors = 0;
-    QVector<double> yErrors;
+// One data line of the painted plot: the points and, per point, the texts of
+// its tool tip.
+struct ZOUTILS_EXPORT SZOSXYPlotLine : SZOSPlotLineData {
     QStringList labels; // one per point; first line of the point's tool tip
     QStringList angles; // view angle text shown in the tool tip
     QStringList notes;  // last line of the tool tip
-    DISPLAY_SETTINGS settings;
-    ZOSPlotExtent extent; // cached with the data; finite points only
-    bool sortedAndFinite = false; // cached with the data, for the curve reduction
-
-    ZOSPlotLineView view() const;
-    void refreshExtent();
 };
 
 // A vertical (X) or horizontal (Y) marker in data units.

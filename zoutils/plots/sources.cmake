@@ -1,6 +1,7 @@
 list(APPEND ZO_UTILS_SOURCES
   plots/zosplotdefs.h
   plots/zosplotscale.h plots/zosplotscale.cpp
+  plots/zosplotlines.h plots/zosplotlines.cpp
   plots/czosxyplot.h plots/czosxyplot.cpp
   plots/czosglxyplot.h plots/czosglxyplot.cpp
   plots/plots.qrc
