@@ -99,7 +99,7 @@ case "$cmd" in
       mkdir -p "build-fuzz/corpus/$name"
       echo "-- $name"
       QT_QPA_PLATFORM=offscreen ASAN_OPTIONS=detect_leaks=0 "$f" -max_total_time="${FUZZ_SECONDS:-30}" \
-        -max_len=65536 "build-fuzz/corpus/$name" 2>&1 | grep -E '^#[0-9]+ *DONE|ERROR|SUMMARY' || true
+        -max_len=65536 "build-fuzz/corpus/$name" 2>&1 | grep -E '^Done|ERROR|SUMMARY' || true
       [ "${PIPESTATUS[0]}" -eq 0 ] || { echo "$name found a crash"; exit 1; }
     done
     ;;
