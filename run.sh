@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs the demo, the tests, the checks or
-# the benchmarks. Usage: ./run.sh demo|test|check|bench|build
+# Installs what is missing, builds, and runs the demo, the tests, the checks, the
+# benchmarks or the planted-fault sampler.
+# Usage: ./run.sh demo|test|check|bench|build|mutants [seed] [count]
 set -euo pipefail
 cd "$(dirname "$0")"
 ROOT=$(pwd)
@@ -103,8 +104,36 @@ case "$cmd" in
       [ "${PIPESTATUS[0]}" -eq 0 ] || { echo "$name found a crash"; exit 1; }
     done
     ;;
+  mutants)
+    # ./run.sh mutants [seed] [count]: plants faults one at a time in the three libraries'
+    # sources and reports how many the suite catches, by folder.
+    seed=${2:-1}; count=${3:-80}
+    sampler=${MUTANTS_PY:-$ROOT/../shared/tools/mutants.py}
+    [ -f "$sampler" ] || { echo "run.sh: no mutant sampler at $sampler (set MUTANTS_PY)" >&2; exit 2; }
+    ensure_packages "${BASE_PACKAGES[@]}" python3
+    # Unoptimised, no debug info, shared libraries not relinked into every test: each fault
+    # rebuilds one object and one library.
+    mut_opts=(-DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG="-O0 -g0" -DZO_BUILD_BENCH=OFF
+      -DCMAKE_LINK_DEPENDS_NO_SHARED=ON)
+    command -v ccache >/dev/null && mut_opts+=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    build build-mut "${mut_opts[@]}"
+    report=build-mut/mutants-seed$seed.json
+    python3 "$sampler" --build build-mut --sources zoutils zoparser zoimage --seed "$seed" --count "$count" \
+      --test "xvfb-run -a -s '-screen 0 1600x1000x24' ctest --timeout 60 -j $JOBS" --report "$report" \
+      | grep -v '^\[' || true
+    python3 - "$report" <<'EOF'
+import json, sys
+s = json.load(open(sys.argv[1]))["summary"]
+print(f"\nseed {s['seed']}: {s['killed']} of {s['valid']} faults caught (score {s['score']}), "
+      f"{s['tested'] - s['valid']} did not build, {s['minutes']} min")
+for folder, ratio in s["by_folder"].items():
+    caught, total = map(int, ratio.split("/"))
+    print(f"  {folder:28} {ratio:>7}  {caught / total:.2f}")
+EOF
+    echo "survivors: python3 -c \"import json; [print(m['file'], m['line'], m['from'], '->', m['to']) for m in json.load(open('$report'))['mutants'] if m['verdict'] == 'survived']\""
+    ;;
   *)
-    echo "usage: $0 demo|test|check|bench|build" >&2
+    echo "usage: $0 demo|test|check|bench|build|mutants [seed] [count]" >&2
     exit 2
     ;;
 esac
