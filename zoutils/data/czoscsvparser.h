@@ -12,9 +12,12 @@
 // There is no row index: each operation costs one pass over the file. No
 // change ever leaves the file half written, whenever the process dies and
 // whatever write fails: appending a row is one write at the end, undone when
-// it fails, and every other change writes the whole new text to a staging
-// file beside the table (".<name>.zosave-XXXXXX", kept open while the parser
-// lives) and swaps it in with one rename. A staging file that a killed process
+// it fails; its line end goes before the row, so an append torn by a power
+// cut is at worst a short last line of its own, never part of an earlier row,
+// and the next change puts its line end after it. Every other change writes
+// the whole new text to a staging file beside the table
+// (".<name>.zosave-XXXXXX", kept open while the parser lives) and swaps it in
+// with one rename. A staging file that a killed process
 // left is removed by the next parser opened on the same file. Changes are not
 // flushed to the disk one by one (see the README's fsync policy).
 //
