@@ -67,10 +67,9 @@ _tagAutoBkgListFileParam bkgTable(int rows)
 {
     _tagAutoBkgListFileParam table;
     table.title = QStringLiteral("Auto background");
-    table.header1 = QStringLiteral("h1");
-    table.header2 = QStringLiteral("h2");
-    table.header3 = QStringLiteral("h3");
-    table.header4 = QStringLiteral("h4");
+    int n = 0;
+    for (QString *header : {&table.header1, &table.header2, &table.header3, &table.header4})
+        *header = QStringLiteral("h%1").arg(++n);
     for (int row = 0; row < rows; ++row) {
         table.column1 << QString::number(row);
         table.column2 << QStringLiteral("exposure %1").arg(row * 10);
