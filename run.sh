@@ -12,7 +12,7 @@ mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
 
 BASE_PACKAGES=(cmake make g++ pkg-config qtbase5-dev qtbase5-dev-tools libqt5opengl5-dev
   libtiff-dev libgl1-mesa-dev libglu1-mesa-dev libgl1-mesa-dri xvfb xauth
-  libbenchmark-dev fonts-dejavu-core)
+  libbenchmark-dev fonts-dejavu-core strace)
 CHECK_PACKAGES=(clang libclang-rt-14-dev)
 
 ensure_packages() {
@@ -91,6 +91,9 @@ case "$cmd" in
     TARGETS=$(cd build-tsan && ctest -N -L thread | sed -n 's/.*Test *#[0-9]*: *//p' | tr '\n' ' ') \
       build build-tsan "${tsan_opts[@]}"
     (cd build-tsan && xvfb-run -a ctest --output-on-failure -L thread)
+    echo "== Saves cut short: every fault point of every save (SIGKILL, ENOSPC, EIO)"
+    build build -DCMAKE_BUILD_TYPE=RelWithDebInfo
+    bash tests/faults/faultcheck.sh build/tests/faults/savedriver
     echo "== libFuzzer targets, ${FUZZ_SECONDS:-30} s each"
     build build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZO_BUILD_TESTS=OFF -DZO_BUILD_BENCH=OFF \
       -DZO_BUILD_FUZZ=ON -DZO_SANITIZE=address,undefined -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++

@@ -1,8 +1,9 @@
 #include "cilimage.h"
 
+#include "czosavefile.h"
+
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <tiffio.h>
 
@@ -293,13 +294,13 @@ tag_estatus CILImage::saveTiff(const QString &path) const
         m_sLastError = QStringLiteral("The image is empty.");
         return ES_INVALID_IMAGE;
     }
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
+    CZOSaveFile file(path);
+    if (!file.open()) {
         m_sLastError = file.errorString();
         return ES_OPEN_FAILED;
     }
     QString tiffError;
-    TiffHandle tif = openTiff(&file, "w", path, &tiffError);
+    TiffHandle tif = openTiff(file.device(), "w", path, &tiffError);
     if (!tif) {
         m_sLastError = tiffError.isEmpty() ? QStringLiteral("Cannot start a TIFF file.") : tiffError;
         return ES_OPEN_FAILED;

@@ -1,11 +1,11 @@
 #include "cplsectionlist.h"
 
 #include "cplsection.h"
+#include "czosavefile.h"
 #include "textform_p.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QTextCodec>
 
 CPLSectionList::CPLSectionList(const CPLSectionList &other)
@@ -126,11 +126,11 @@ tag_estatus CPLSectionList::saveFile(const QString &path) const
     const tag_estatus status = saveToText(text);
     if (status != ES_SUCCESS)
         return status;
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
+    CZOSaveFile file(path);
+    if (!file.open())
         return ES_OPEN_FAILED;
     const QByteArray bytes = text.toUtf8();
-    if (file.write(bytes) != bytes.size() || !file.commit())
+    if (file.device()->write(bytes) != bytes.size() || !file.commit())
         return ES_WRITE_FAILED;
     return ES_SUCCESS;
 }

@@ -156,6 +156,11 @@ void TestImageQueue::ringOrder()
         QCOMPARE(queue.ringStart(), expectedStart);
         QCOMPARE(queue.getNumberOfFrames(), quint64(qMin(n, capacity)));
     }
+    // A copy taken now is what a producer that dies leaves: it reopens whole.
+    const QString copy = path("live.bin");
+    QVERIFY(QFile::copy(file, copy));
+    CZOImageQueue live;
+    QVERIFY(live.initFromFile(copy, ZOS_DT_UINT16));
     queue.finalizeImageQueue(1, 0);
     QCOMPARE(queue.getNumberOfFrames(), quint64(frames.size()));
     QCOMPARE(queue.ringStart(), quint64(ringStart));
@@ -165,13 +170,14 @@ void TestImageQueue::ringOrder()
     for (int slot = 0; slot < slotContents.size(); ++slot)
         QCOMPARE(frameNumber(bytes.mid(80 + slot * kFrameBytes, kFrameBytes)), slotContents[slot]);
 
-    // Read back by the writer itself and by a second queue reopened on the file.
+    // Read back by the writer itself, by a second queue reopened on the file
+    // and from the copy of the unfinished file.
     CZOImageQueue reopened;
     QVERIFY(reopened.initFromFile(file, ZOS_DT_UINT16));
     QCOMPARE(reopened.getNumberOfFrames(), quint64(frames.size()));
     QCOMPARE(reopened.getWidth(), kWidth);
     QCOMPARE(reopened.getHeight(), kHeight);
-    for (CZOImageQueue *q : {&queue, &reopened}) {
+    for (CZOImageQueue *q : {&queue, &reopened, &live}) {
         QByteArray buffer(kFrameBytes, '\0');
         for (int i = 0; i < frames.size(); ++i) {
             QVERIFY(q->getFrameAt(quint64(i), buffer.data()));

@@ -129,6 +129,7 @@ private slots:
     void headerCheck_data();
     void headerCheck();
     void appendedRowsHaveNoFinalLineEnd();
+    void tornAppendKeepsEarlierRows();
     void changes_data();
     void changes();
     void readsLeaveFileAndStreamAlone();
@@ -227,6 +228,28 @@ void TestCSVParser::appendedRowsHaveNoFinalLineEnd()
         QCOMPARE(parser.getNumRows(), rows);
     }
     QCOMPARE(parser.getCSVRowNumber("3"), 3);
+}
+
+// An append cut short (by a power cut, say) leaves a prefix of its bytes, the
+// line end first: the rows before it read as before, and the next append
+// starts a line of its own.
+void TestCSVParser::tornAppendKeepsEarlierRows()
+{
+    const QByteArray before = "id,name,value\r\n1,a,10\r\n2,b,20";
+    const QByteArray append = "\r\n3,c,30";
+    for (int kept = 0; kept <= append.size(); ++kept) {
+        const QByteArray torn = before + append.left(kept);
+        QVERIFY(writeFile(path(), torn));
+        CZOSCSVParser parser(path(), kHeader);
+        PlainModel model(torn);
+        QCOMPARE(parser.getNumRows(), model.rows.size());
+        QCOMPARE(parser.getCSVColumnValue(2, 2), QStringLiteral("20"));
+        QCOMPARE(parser.addRow({"4", "d", "40"}), ES_SUCCESS);
+        model.add("4,d,40");
+        QCOMPARE(readFile(path()), model.text());
+        QCOMPARE(parser.getCSVColumnValue(2, 2), QStringLiteral("20"));
+        QCOMPARE(parser.getCSVRowNumber("4"), model.rows.size() - 1);
+    }
 }
 
 void TestCSVParser::changes_data()

@@ -1,5 +1,6 @@
 #include "autobkglist.h"
 
+#include "czosavefile.h"
 #include "czoslog.h"
 
 #include <QFile>
@@ -34,11 +35,12 @@ tag_estatus saveInfoToAutoBkgList(const _tagAutoBkgListFileParam *table, const Q
 {
     if (!table)
         return ES_INVALID_POINTER;
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text))
+    // Silent by design, also when the save fails: the old list then stays whole.
+    CZOSaveFile file(path);
+    if (!file.open(QIODevice::Text))
         return ES_SUCCESS;
 
-    QTextStream out(&file);
+    QTextStream out(file.device());
     out << '#' << table->title << '\n';
     out << "#Binning Key\n";
     out << table->header1 << '\n' << table->header2 << '\n' << table->header3 << '\n' << table->header4 << '\n';
@@ -48,7 +50,7 @@ tag_estatus saveInfoToAutoBkgList(const _tagAutoBkgListFileParam *table, const Q
             << cell(table->column5, row) << separator << cell(table->column6, row) << '\n';
     }
     out.flush();
-    file.close();
+    file.commit();
     return ES_SUCCESS;
 }
 

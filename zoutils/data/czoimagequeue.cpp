@@ -1,5 +1,6 @@
 #include "czoimagequeue.h"
 
+#include "czosavefile.h"
 #include "generalutilities.h"
 
 #include <QFile>
@@ -76,6 +77,8 @@ void CZOImageQueue::clear()
     m_nDataStart = 0;
     m_nWritePos = 0;
     m_nRingStart = 0;
+    m_nOldestSlot = 0;
+    m_nRingSlots = 0;
     m_bInProcess = false;
     std::memset(m_header, 0, sizeof m_header);
 }
@@ -93,19 +96,35 @@ quint64 CZOImageQueue::frameSizeInBytes() const
     return frameBytes(m_eType, m_nWidth, m_nHeight);
 }
 
-void CZOImageQueue::fillHeader(quint32 count, quint32 a, quint32 b)
+void CZOImageQueue::fillHeader(quint64 count, quint64 ringStart, quint32 a, quint32 b, quint32 slotInWork)
 {
-    const quint32 words[8] = {count,
+    const quint32 words[9] = {quint32(count),
                               quint32(m_nCapacity),
                               quint32(m_nHeight),
                               quint32(m_nWidth),
-                              quint32(m_nRingStart),
+                              quint32(ringStart),
                               quint32(HeaderSize),
                               a,
-                              b};
+                              b,
+                              slotInWork};
     std::memset(m_header, 0, sizeof m_header);
-    for (int i = 0; i < 8; ++i)
+    for (int i = 0; i < 9; ++i)
         qToLittleEndian(words[i], m_header + 4 * i);
+}
+
+void CZOImageQueue::setReadOrder()
+{
+    // With n frames held and ring start s (at most n), logical index i lives in
+    // slot (n - s + i) mod n: for a ring that wrapped, n is the capacity and
+    // the oldest frame is in slot n - s; otherwise s is n and the oldest is slot 0.
+    m_nRingSlots = m_nFramesAdded;
+    m_nOldestSlot = m_nFramesAdded == 0 ? 0 : (m_nFramesAdded - m_nRingStart) % m_nFramesAdded;
+}
+
+bool CZOImageQueue::writeHeaderLocked()
+{
+    return m_pWriter->seek(0)
+        && m_pWriter->write(reinterpret_cast<const char *>(m_header), HeaderSize) == HeaderSize;
 }
 
 quint32 CZOImageQueue::headerWord(int offset) const
@@ -130,20 +149,25 @@ void CZOImageQueue::initImageQueue(QString path, quint64 capacity, int width, in
         return;
     m_strPath = path;
 
-    // Frames are megabytes each: Qt's buffer would only add a copy.
-    m_pWriter = new QFile(path);
-    if (!m_pWriter->open(QIODevice::WriteOnly | QIODevice::Unbuffered))
-        return;
-
     m_eType = type;
     m_nCapacity = capacity;
     m_nWidth = width;
     m_nHeight = height;
     m_nFramesAdded = 0;
     m_nRingStart = 0;
-    fillHeader(0, 1, 0);
-    if (m_pWriter->write(reinterpret_cast<const char *>(m_header), HeaderSize) != HeaderSize) {
-        m_pWriter->close();
+    fillHeader(0, 0, 1, 0, 0);
+    // The first header goes to a staging file, opened for the frames to come,
+    // which then replaces whatever `path` held in one rename: a failure leaves
+    // that file as it was. Frames are megabytes each: Qt's buffer would only add a copy.
+    const QString target = CZOSaveFile::resolvedTarget(path);
+    CZOSaveFile::removeStaleStagingFiles(target);
+    m_pWriter = new QFile(CZOSaveFile::newStagingPath(target));
+    if (!m_pWriter->open(QIODevice::ReadWrite | QIODevice::NewOnly | QIODevice::Unbuffered)
+        || !writeHeaderLocked() || !CZOSaveFile::replace(m_pWriter->fileName(), target, nullptr)) {
+        m_pWriter->remove();
+        closeFilesLocked();
+        clear();
+        m_strPath.clear();
         return;
     }
     m_nDataStart = HeaderSize;
@@ -157,22 +181,30 @@ bool CZOImageQueue::addFrame(const char *data)
         return false;
 
     QMutexLocker lock(&m_mutex);
-    if (!m_pWriter->isOpen()) {
-        // Read-write, because write-only would empty the frames already there.
-        if (!m_pWriter->open(QIODevice::ReadWrite | QIODevice::Unbuffered))
+    const qint64 frameSize = qint64(frameSizeInBytes());
+    const quint64 held = qMin(m_nFramesAdded, m_nCapacity);
+    // The header on disk only ever counts complete frames, so that initFromFile()
+    // reads them all if the producer dies: a frame is counted once written, and
+    // once the ring is full the slot about to be overwritten is first marked as
+    // in work, since its oldest frame will not be whole until then.
+    if (m_nFramesAdded >= m_nCapacity) {
+        const quint64 slot = (m_nWritePos - m_nDataStart) / quint64(frameSize);
+        fillHeader(held, m_nRingStart, 1, 0, quint32(slot + 1));
+        if (!writeHeaderLocked())
             return false;
     }
-    const qint64 frameSize = qint64(frameSizeInBytes());
     if (!m_pWriter->seek(qint64(m_nWritePos)) || m_pWriter->write(data, frameSize) != frameSize)
-        return false;
-    m_pWriter->flush();
+        return false; // a retry writes the same slot again
 
-    m_nWritePos += quint64(frameSize);
+    const quint64 added = m_nFramesAdded + 1;
+    const quint64 r = added % m_nCapacity;
+    const quint64 ringStart = added < m_nCapacity ? added : m_nCapacity - r;
+    fillHeader(qMin(added, m_nCapacity), ringStart, 1, 0, 0);
+    if (!writeHeaderLocked())
+        return false;
+    m_nRingStart = ringStart;
+    m_nWritePos = r == 0 ? m_nDataStart : m_nWritePos + quint64(frameSize);
     ++m_nFramesAdded;
-    const quint64 r = m_nFramesAdded % m_nCapacity;
-    if (r == 0)
-        m_nWritePos = m_nDataStart;
-    m_nRingStart = m_nFramesAdded < m_nCapacity ? m_nFramesAdded : m_nCapacity - r;
     return true;
 }
 
@@ -180,14 +212,14 @@ void CZOImageQueue::finalizeImageQueue(int a, int b)
 {
     QMutexLocker lock(&m_mutex);
     m_nFramesAdded = qMin(m_nFramesAdded, m_nCapacity);
+    setReadOrder();
     if (!m_pWriter) {
         m_bInProcess = false;
         return;
     }
-    fillHeader(quint32(m_nFramesAdded), quint32(a), quint32(b));
+    fillHeader(m_nFramesAdded, m_nRingStart, quint32(a), quint32(b), 0);
     if (m_pWriter->isOpen()) {
-        if (m_pWriter->seek(0))
-            m_pWriter->write(reinterpret_cast<const char *>(m_header), HeaderSize);
+        writeHeaderLocked();
         m_pWriter->close();
     }
     m_bInProcess = false;
@@ -214,6 +246,7 @@ bool CZOImageQueue::initFromFile(QString path, ZOSDataTypes type)
     const qint32 width = qint32(headerWord(12));
     const quint64 ringStart = headerWord(16);
     const quint64 dataStart = headerWord(20);
+    const quint64 slotInWork = headerWord(32); // slot + 1; 0 in every finalised file
 
     // A file this queue wrote satisfies all of these; anything else would let a
     // read leave the frames that are actually there.
@@ -221,7 +254,9 @@ bool CZOImageQueue::initFromFile(QString path, ZOSDataTypes type)
     const quint64 framesEnd = endOfSlots(count, frameSize);
     const bool valid = frameSize != 0 && capacity != 0 && count <= capacity && dataStart == HeaderSize
         && endOfSlots(capacity, frameSize) != 0 && ringStart <= count && (ringStart != 0 || count == 0)
-        && framesEnd != 0 && quint64(reader->size()) >= framesEnd;
+        && framesEnd != 0 && quint64(reader->size()) >= framesEnd
+        // Only a full ring has a slot in work, and it is the oldest frame's.
+        && (slotInWork == 0 || (count == capacity && slotInWork - 1 == (count - ringStart) % count));
     if (!valid) {
         delete reader;
         std::memset(m_header, 0, sizeof m_header);
@@ -238,6 +273,12 @@ bool CZOImageQueue::initFromFile(QString path, ZOSDataTypes type)
     m_nFramesAdded = count;
     m_nDataStart = dataStart;
     m_nWritePos = dataStart;
+    setReadOrder();
+    if (slotInWork != 0) {
+        // The producer died overwriting its oldest frame: the others are whole.
+        m_nFramesAdded = count - 1;
+        m_nOldestSlot = slotInWork % capacity;
+    }
     return true;
 }
 
@@ -260,10 +301,9 @@ bool CZOImageQueue::getFrameAt(quint64 index, char *buffer)
     }
 
     const quint64 count = m_nFramesAdded;
-    const quint64 s = m_nRingStart;
-    if (index > count || s > count)
+    if (count == 0 || index > count)
         return false;
-    const quint64 slot = index >= s ? index - s : index + (count - s);
+    const quint64 slot = (m_nOldestSlot + (index == count ? 0 : index)) % m_nRingSlots;
     if (slot >= m_nCapacity)
         return false;
     const qint64 offset = qint64(m_nDataStart + slot * frameSize);

@@ -11,6 +11,11 @@
 //   16 ring start   20 data start (80)          24, 28 the two values given to
 //   finalizeImageQueue() (1 and 0 until then)   32..79 zero
 //
+// While frames are added, the header on disk is kept current and counts only
+// complete frames, so a queue whose producer died before finalising still
+// opens with initFromFile(): word 32 then names the slot being overwritten
+// (slot + 1), whose old frame is left out. A finalised file has zeros there.
+//
 // The file belongs to the object: the destructor deletes it.
 //
 // Threads: addFrame() and getFrameAt() may be called from any thread; they are
@@ -42,8 +47,9 @@ public:
     CZOImageQueue(const CZOImageQueue &) = delete;
     CZOImageQueue &operator=(const CZOImageQueue &) = delete;
 
-    // Starts a new queue in `path` (created or emptied) and writes a provisional
-    // header. With `deleteOld` the file of the previous queue, if any, is removed.
+    // Starts a new queue in `path` and writes its first header; a file already
+    // there is replaced in one step, never left half written. With `deleteOld`
+    // the file of the previous queue, if any, is removed.
     // When the file cannot be opened for writing, or the capacity, size or type
     // is unusable (capacity 0, width or height below 1, unknown type), the queue
     // stays closed: isImageQueueModInProcess() is false and addFrame() refuses.
@@ -52,17 +58,19 @@ public:
 
     // Appends one frame of frameSizeInBytes() bytes read from `data`. False
     // before initImageQueue(), after finalizeImageQueue(), for a null pointer
-    // or when the write fails (the queue is then unchanged).
+    // or when a write fails: the frame is then not added, and once the ring is
+    // full the failed write may have damaged the oldest frame's slot.
     bool addFrame(const char *data);
 
     // Ends appending: the number of frames held becomes min(added, capacity)
     // and the header, with the caller's two values `a` and `b`, is written.
     void finalizeImageQueue(int a, int b);
 
-    // Opens a finalised queue file read-only; `type` is the pixel type it was
-    // written with (the header does not record it). False, leaving the object
-    // empty and the file untouched (and not deleted later), when the file cannot
-    // be opened, is shorter than its header says or the header is impossible.
+    // Opens a finalised queue file, or one whose producer died, read-only;
+    // `type` is the pixel type it was written with (the header does not record
+    // it). False, leaving the object empty and the file untouched (and not
+    // deleted later), when the file cannot be opened, is shorter than its
+    // header says or the header is impossible.
     bool initFromFile(QString path, ZOSDataTypes type);
 
     // Copies frame `index` (0 = oldest) into `buffer`, which must hold
@@ -87,7 +95,11 @@ public:
 private:
     void clear();
     void closeFilesLocked();
-    void fillHeader(quint32 count, quint32 a, quint32 b);
+    // The header image: frames held, ring start, the two caller values and the
+    // slot being overwritten + 1 (0 for none; kept only while adding).
+    void fillHeader(quint64 count, quint64 ringStart, quint32 a, quint32 b, quint32 slotInWork);
+    bool writeHeaderLocked();
+    void setReadOrder();
     quint32 headerWord(int offset) const;
 
     ZOSDataTypes m_eType = ZOS_DT_UNKNOWN;
@@ -99,6 +111,10 @@ private:
     // else c - (n mod c), so logical index 0 lives in slot n mod c.
     // After finalising, m_nFramesAdded is the number of frames held (<= c).
     quint64 m_nFramesAdded = 0;
+    // Reading: logical index i < frames held lives in slot
+    // (m_nOldestSlot + i) mod m_nRingSlots; set by finalising and reopening.
+    quint64 m_nOldestSlot = 0;
+    quint64 m_nRingSlots = 0;
     quint64 m_nDataStart = 0;
     quint64 m_nWritePos = 0;
     quint64 m_nRingStart = 0;

@@ -1,6 +1,8 @@
 #include "czoscsvparser.h"
 
+#include "czosavefile.h"
 #include "czoslog.h"
+#include "zoplatform.h"
 
 #include <QByteArray>
 #include <QFile>
@@ -156,15 +158,11 @@ QVector<Field> nonEmptyFields(const char *line, int length)
 
 // Describes the new text of a file as pieces of its old text and new bytes.
 // Lines that already end in "\r\n" and follow each other become one piece,
-// so a tidy file costs a few pieces instead of one copy per line.
+// so a tidy file costs a few pieces instead of one copy per line. Pieces of
+// the old text point into it (QByteArray::fromRawData) and copy nothing.
 class Rewriter
 {
 public:
-    struct Piece {
-        const char *data;
-        int size;
-    };
-
     explicit Rewriter(const QByteArray &source)
         : m_source(source)
     {
@@ -200,13 +198,11 @@ public:
     void append(const QByteArray &bytes)
     {
         flush();
-        if (bytes.isEmpty())
-            return;
-        m_own.append(bytes); // shares the bytes; the pointer stays valid
-        m_pieces.append({m_own.last().constData(), bytes.size()});
+        if (!bytes.isEmpty())
+            m_pieces.append(bytes);
     }
 
-    const QVector<Piece> &pieces()
+    const QList<QByteArray> &pieces()
     {
         flush();
         return m_pieces;
@@ -216,65 +212,37 @@ private:
     void flush()
     {
         if (m_runEnd > m_runBegin)
-            m_pieces.append({m_source.constData() + m_runBegin, m_runEnd - m_runBegin});
+            m_pieces.append(QByteArray::fromRawData(m_source.constData() + m_runBegin, m_runEnd - m_runBegin));
         m_runBegin = m_runEnd = -1;
     }
 
     const QByteArray &m_source;
-    QVector<Piece> m_pieces;
-    QList<QByteArray> m_own;
+    QList<QByteArray> m_pieces;
     int m_runBegin = -1; // the pending piece of source lines, [begin, end)
     int m_runEnd = -1;
 };
 
-// Makes the file hold the rewriter's text, writing only from the first byte
-// that differs from `old`, the file's present text: appending a row or
-// changing a late cell leaves the front of the file alone.
-bool writeChanges(QFile *file, const QByteArray &old, Rewriter &rewriter)
+// Where the new text of `pieces` first differs from `old` (its length when
+// `old` holds all of it), and the new text's length.
+void compareText(const QByteArray &old, const QList<QByteArray> &pieces, qint64 &firstChange, qint64 &size)
 {
-    const QVector<Rewriter::Piece> &pieces = rewriter.pieces();
-    qint64 position = 0; // in the new text
-    int first = 0;       // the first piece that differs, and where in it
-    int within = 0;
-    for (; first < pieces.size(); ++first) {
-        const Rewriter::Piece &piece = pieces.at(first);
-        const qint64 comparable = qBound(qint64(0), qint64(old.size()) - position, qint64(piece.size));
-        const char *const oldBytes = old.constData() + position;
-        if (piece.data != oldBytes) {
-            within = int(std::mismatch(piece.data, piece.data + comparable, oldBytes).first - piece.data);
-            if (within < piece.size)
-                break;
-        } else if (comparable < piece.size) {
-            within = int(comparable);
-            break;
+    firstChange = -1;
+    size = 0;
+    for (const QByteArray &piece : pieces) {
+        if (firstChange < 0) {
+            const qint64 comparable = qBound(qint64(0), qint64(old.size()) - size, qint64(piece.size()));
+            const char *const oldBytes = old.constData() + size;
+            const char *const data = piece.constData();
+            // A piece of the old text in its old place matches without a look.
+            const qint64 same = data == oldBytes ? comparable
+                                                 : std::mismatch(data, data + comparable, oldBytes).first - data;
+            if (same < piece.size())
+                firstChange = size + same;
         }
-        position += piece.size;
+        size += piece.size();
     }
-    qint64 total = position;
-    for (int i = first; i < pieces.size(); ++i)
-        total += pieces.at(i).size;
-
-    bool ok = true;
-    if (first < pieces.size()) {
-        ok = file->seek(position + within);
-        for (int i = first; ok && i < pieces.size(); ++i) {
-            const int skip = i == first ? within : 0;
-            const qint64 size = pieces.at(i).size - skip;
-            ok = file->write(pieces.at(i).data + skip, size) == size;
-        }
-    }
-    ok = file->flush() && ok;
-    if (ok && file->size() != total)
-        ok = file->resize(total);
-    return ok;
-}
-
-// Writes the change and leaves the stream at the end, where the rewrite stopped.
-tag_estatus finishRewrite(QFile *file, QTextStream *stream, const QByteArray &old, Rewriter &rewriter)
-{
-    const bool ok = writeChanges(file, old, rewriter);
-    stream->seek(file->size());
-    return ok ? ES_SUCCESS : ES_FILE_OPERATION_FAILED;
+    if (firstChange < 0)
+        firstChange = size;
 }
 
 // Walks every line of `source`: stretches of tidy lines (see tidyRun) are kept
@@ -315,19 +283,28 @@ CZOSCSVParser::CZOSCSVParser(QString fileName, QStringList header)
 {
     m_pFile = new QFile(fileName);
     // Binary mode on purpose: the parser writes "\r\n" itself and reads both
-    // line ends, so the bytes are the same on every platform.
-    if (!m_pFile->open(QIODevice::ReadWrite)) {
+    // line ends, so the bytes are the same on every platform. Unbuffered, so
+    // that a failed write leaves nothing behind to be written later; the
+    // stream buffers callers' text.
+    if (!m_pFile->open(QIODevice::ReadWrite | QIODevice::Unbuffered)) {
         ZOS_LOG(QStringLiteral("%1 is already opened by another application. Please close it.").arg(fileName),
                 ZOS_LOG_ERROR);
         return;
     }
+    m_strTarget = CZOSaveFile::resolvedTarget(fileName);
+    CZOSaveFile::removeStaleStagingFiles(m_strTarget);
     m_pStream = new QTextStream(m_pFile);
     m_pStream->setCodec("UTF-8");
 
     if (!header.isEmpty()) {
-        QByteArray firstLine = m_pFile->readLine();
-        if (firstLine.endsWith('\n'))
-            firstLine.chop(1);
+        QByteArray firstLine;
+        char block[256];
+        for (qint64 n = 0; (n = m_pFile->read(block, sizeof block)) > 0;) {
+            const void *end = std::memchr(block, '\n', size_t(n));
+            firstLine.append(block, end ? int(static_cast<const char *>(end) - block) : int(n));
+            if (end)
+                break;
+        }
         if (firstLine.endsWith('\r'))
             firstLine.chop(1);
         bool hasRows = !firstLine.isEmpty();
@@ -358,6 +335,7 @@ CZOSCSVParser::~CZOSCSVParser()
 {
     delete m_pStream; // flushes what callers wrote
     delete m_pFile;
+    dropScratch();
 }
 
 QTextStream *CZOSCSVParser::getOutputStream()
@@ -365,13 +343,105 @@ QTextStream *CZOSCSVParser::getOutputStream()
     return m_pStream;
 }
 
-tag_estatus CZOSCSVParser::checkFile() const
+tag_estatus CZOSCSVParser::checkFile()
 {
     if (!m_pFile)
         return ES_INVALID_POINTER;
     if (!m_pFile->isOpen() || !m_pStream)
         return ES_FILE_OPERATION_FAILED;
+    // Another parser or program may have replaced the file since: follow it.
+    if (!ZOPlatform::isSameFile(*m_pFile, m_strTarget) && QFile::exists(m_strTarget)) {
+        m_pStream->flush();
+        if (!reopen(m_pFile))
+            return ES_FILE_OPERATION_FAILED;
+    }
     return ES_SUCCESS;
+}
+
+bool CZOSCSVParser::reopen(QFile *file)
+{
+    file->close();
+    // The staging file is written in pieces: let Qt gather them.
+    return file->open(file == m_pFile ? QIODevice::ReadWrite | QIODevice::Unbuffered : QIODevice::ReadWrite);
+}
+
+void CZOSCSVParser::dropScratch()
+{
+    if (!m_pScratch)
+        return;
+    m_pScratch->remove(); // closes it first
+    delete m_pScratch;
+    m_pScratch = nullptr;
+}
+
+// Appending, or cutting rows off the end, changes the file in place with one
+// write or one truncation; a failed append is cut off again. Every other
+// change is swapped in whole (swapIn), so the file never holds a mix.
+tag_estatus CZOSCSVParser::writeText(const QByteArray &old, const QList<QByteArray> &pieces)
+{
+    qint64 firstChange = 0;
+    qint64 size = 0;
+    compareText(old, pieces, firstChange, size);
+    const qint64 oldSize = old.size();
+    bool ok = true;
+    if (firstChange == oldSize && size > oldSize) {
+        // One write, so that a kill leaves the row whole or absent.
+        QByteArray tail;
+        qint64 at = 0;
+        for (const QByteArray &piece : pieces) {
+            const qint64 skip = qBound(qint64(0), oldSize - at, qint64(piece.size()));
+            at += piece.size();
+            tail.append(piece.constData() + skip, int(piece.size() - skip));
+        }
+        ok = m_pFile->seek(oldSize) && m_pFile->write(tail) == tail.size();
+        if (!ok)
+            m_pFile->resize(oldSize);
+    } else if (firstChange == size && size < oldSize) {
+        ok = m_pFile->resize(size);
+    } else if (firstChange < size) {
+        ok = swapIn(pieces, size);
+    }
+    m_pStream->seek(m_pFile->size());
+    return ok ? ES_SUCCESS : ES_FILE_OPERATION_FAILED;
+}
+
+// Writes the new text to the staging file and exchanges the two files' names
+// in one rename; where the file system cannot, the text replaces the file by
+// a rename over it. Either way the old text stays until the new one is whole.
+bool CZOSCSVParser::swapIn(const QList<QByteArray> &pieces, qint64 size)
+{
+    if (m_bExchange && !m_pScratch) {
+        m_pScratch = new QFile(CZOSaveFile::newStagingPath(m_strTarget));
+        if (!m_pScratch->open(QIODevice::ReadWrite | QIODevice::NewOnly)
+            || !m_pScratch->setPermissions(m_pFile->permissions()))
+            dropScratch();
+    }
+    if (m_pScratch) {
+        bool ok = m_pScratch->seek(0);
+        for (const QByteArray &piece : pieces)
+            ok = ok && m_pScratch->write(piece) == piece.size();
+        ok = m_pScratch->flush() && ok && (m_pScratch->size() == size || m_pScratch->resize(size));
+        bool supported = true;
+        if (ok && ZOPlatform::exchangeFiles(m_pScratch->fileName(), m_strTarget, &supported)) {
+            // Each open file is now the other's: the table's name holds the new text.
+            if (!reopen(m_pScratch))
+                dropScratch();
+            reopen(m_pFile);
+            return true;
+        }
+        dropScratch(); // a failed change leaves no staging file
+        if (!ok)
+            return false;
+        m_bExchange = supported;
+    }
+    QByteArray text;
+    text.reserve(int(size));
+    for (const QByteArray &piece : pieces)
+        text += piece;
+    if (!CZOSaveFile::save(m_strTarget, text))
+        return false;
+    reopen(m_pFile);
+    return true;
 }
 
 bool CZOSCSVParser::readFile(QByteArray &contents)
@@ -446,7 +516,7 @@ tag_estatus CZOSCSVParser::addHeader(QStringList header)
                 rewriter.keep(line, length);
             return true;
         });
-    return finishRewrite(m_pFile, m_pStream, contents, rewriter);
+    return writeText(contents, rewriter.pieces());
 }
 
 tag_estatus CZOSCSVParser::addRow(QStringList fields)
@@ -464,7 +534,7 @@ tag_estatus CZOSCSVParser::addRow(QStringList fields)
         rewriter.keep(line, length);
     });
     rewriter.append(row); // no line end after the last row, deliberately
-    return finishRewrite(m_pFile, m_pStream, contents, rewriter);
+    return writeText(contents, rewriter.pieces());
 }
 
 tag_estatus CZOSCSVParser::removeRow(QString key)
@@ -484,7 +554,7 @@ tag_estatus CZOSCSVParser::removeRow(QString key)
         if (!firstFieldEquals(line, length, keyBytes))
             rewriter.keep(line, length);
     });
-    return finishRewrite(m_pFile, m_pStream, contents, rewriter);
+    return writeText(contents, rewriter.pieces());
 }
 
 tag_estatus CZOSCSVParser::setCSVColumnValue(int row, int column, QString value)
@@ -523,7 +593,7 @@ tag_estatus CZOSCSVParser::setCSVColumnValue(int row, int column, QString value)
         if (!changed.isEmpty()) // an emptied row would be skipped from now on anyway
             rewriter.append(changed.append(kLineEnd, 2));
     });
-    return finishRewrite(m_pFile, m_pStream, contents, rewriter);
+    return writeText(contents, rewriter.pieces());
 }
 
 QString CZOSCSVParser::getCSVColumnValue(int row, int column)

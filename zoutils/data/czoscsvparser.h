@@ -9,10 +9,20 @@
 // searched or copied, and every change drops them from the file. Row numbers
 // count the non-empty lines from 0, the header being row 0. Text is UTF-8.
 //
-// Every change rewrites the file from its first changed byte; there is no row
-// index, so each operation costs one pass over the file.
+// There is no row index: each operation costs one pass over the file. No
+// change ever leaves the file half written, whenever the process dies and
+// whatever write fails: appending a row is one write at the end, undone when
+// it fails; its line end goes before the row, so an append torn by a power
+// cut is at worst a short last line of its own, never part of an earlier row,
+// and the next change puts its line end after it. Every other change writes
+// the whole new text to a staging file beside the table
+// (".<name>.zosave-XXXXXX", kept open while the parser lives) and swaps it in
+// with one rename. A staging file that a killed process
+// left is removed by the next parser opened on the same file. Changes are not
+// flushed to the disk one by one (see the README's fsync policy).
 //
-// Not thread-safe: use one parser from one thread.
+// Not thread-safe: use one parser from one thread. A file that something else
+// replaced since the last operation is opened again before the next one.
 
 #include "zoutils_export.h"
 #include "zoenums.h"
@@ -77,11 +87,18 @@ public:
 
 private:
     tag_estatus addHeader(QStringList header);
-    tag_estatus checkFile() const;
+    tag_estatus checkFile();
     bool readFile(QByteArray &contents);
     template <typename Visit> void scanLines(Visit visit);
+    tag_estatus writeText(const QByteArray &old, const QList<QByteArray> &pieces);
+    bool swapIn(const QList<QByteArray> &pieces, qint64 size);
+    bool reopen(QFile *file);
+    void dropScratch();
 
     QFile *m_pFile = nullptr;         // owned; null in copies
     QTextStream *m_pStream = nullptr; // owned; null when the file did not open
     QStringList m_header;
+    QString m_strTarget;              // the file's absolute path, links followed
+    QFile *m_pScratch = nullptr;      // owned; the staging file changes are written to
+    bool m_bExchange = true;          // false once the file system refused to swap files
 };

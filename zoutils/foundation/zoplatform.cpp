@@ -2,13 +2,22 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileDevice>
 #include <QSettings>
 #include <QStandardPaths>
 
 #ifdef Q_OS_WIN
+#include <io.h>
 #include <windows.h>
 #else
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/sysinfo.h>
+#include <unistd.h>
+#endif
+#ifdef Q_OS_LINUX
+#include <cerrno>
+#include <sys/syscall.h>
 #endif
 
 namespace ZOPlatform {
@@ -93,6 +102,49 @@ QString environmentFolder(const char *variable)
     if (name == "APPDATA")
         return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
     return QDir::homePath();
+#endif
+}
+
+bool exchangeFiles(const QString &a, const QString &b, bool *supported)
+{
+    *supported = false;
+#if defined(Q_OS_LINUX) && defined(SYS_renameat2)
+    constexpr unsigned kExchange = 1u << 1; // RENAME_EXCHANGE, not in every libc's headers
+    const QByteArray from = QFile::encodeName(a);
+    const QByteArray to = QFile::encodeName(b);
+    if (::syscall(SYS_renameat2, AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), kExchange) == 0) {
+        *supported = true;
+        return true;
+    }
+    *supported = errno != ENOSYS && errno != EINVAL && errno != EOPNOTSUPP;
+#else
+    Q_UNUSED(a)
+    Q_UNUSED(b)
+#endif
+    return false;
+}
+
+bool isSameFile(const QFileDevice &file, const QString &path)
+{
+#ifdef Q_OS_WIN
+    const HANDLE open = reinterpret_cast<HANDLE>(_get_osfhandle(file.handle()));
+    const HANDLE named = CreateFileW(reinterpret_cast<const wchar_t *>(QDir::toNativeSeparators(path).utf16()), 0,
+                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                     OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (open == INVALID_HANDLE_VALUE || named == INVALID_HANDLE_VALUE) {
+        if (named != INVALID_HANDLE_VALUE)
+            CloseHandle(named);
+        return false;
+    }
+    BY_HANDLE_FILE_INFORMATION first, second;
+    const bool ok = GetFileInformationByHandle(open, &first) && GetFileInformationByHandle(named, &second);
+    CloseHandle(named);
+    return ok && first.dwVolumeSerialNumber == second.dwVolumeSerialNumber
+        && first.nFileIndexHigh == second.nFileIndexHigh && first.nFileIndexLow == second.nFileIndexLow;
+#else
+    struct stat open, named;
+    return ::fstat(file.handle(), &open) == 0 && ::stat(QFile::encodeName(path).constData(), &named) == 0
+        && open.st_dev == named.st_dev && open.st_ino == named.st_ino;
 #endif
 }
 

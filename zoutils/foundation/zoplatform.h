@@ -1,12 +1,15 @@
 #pragma once
 // The one place for operating-system calls that differ between platforms:
-// memory status, the machine-wide registry, and the environment folders.
-// Everything else in the library is platform-neutral.
+// memory status, the machine-wide registry, the environment folders, and two
+// file-system questions of the CSV editor. Everything else in the library is
+// platform-neutral.
 
 #include "zoutils_export.h"
 
 #include <QString>
 #include <QVariant>
+
+class QFileDevice;
 
 struct ZOMemoryStatus {
     int loadPercent = 0;        // physical memory in use, 0 to 100
@@ -33,5 +36,15 @@ ZOUTILS_EXPORT QVariant machineSetting(const QString &organization, const QStrin
 // other systems a per-user stand-in (ALLUSERSPROFILE: the generic data folder,
 // APPDATA: the generic configuration folder, anything else: the home folder).
 ZOUTILS_EXPORT QString environmentFolder(const char *variable);
+
+// Swaps the two files named `a` and `b` (in one folder) with one atomic
+// rename, so that each name holds the other's content (Linux renameat2 with
+// RENAME_EXCHANGE). False when that failed or, with `*supported` set to false,
+// when this system or file system has no such rename; nothing changed then.
+bool exchangeFiles(const QString &a, const QString &b, bool *supported);
+
+// True when the open `file` is the file that `path` names now (same device
+// and file number); false when it was replaced or removed since it was opened.
+bool isSameFile(const QFileDevice &file, const QString &path);
 
 } // namespace ZOPlatform

@@ -5,6 +5,7 @@
 #include "cplpreferencekeylist.h"
 #include "cplsection.h"
 #include "czopreference.h"
+#include "czosavefile.h"
 #include "czoslog.h"
 #include "generalutilities.h"
 #include "zoconstants.h"
@@ -12,7 +13,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QSaveFile>
 #include <QTextCodec>
 #include <QtDebug>
 
@@ -311,8 +311,8 @@ tag_estatus CPLPreferenceUser::saveData()
         return ES_WRITE_FAILED;
 
     // The old profile is replaced only by commit(), once all is written.
-    QSaveFile file(profileFilePath());
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+    CZOSaveFile file(profileFilePath());
+    if (!file.open())
         return ES_OPEN_FAILED;
 
     bool hasGeneral = false;
@@ -340,8 +340,7 @@ tag_estatus CPLPreferenceUser::saveData()
                     ZOS_LOG_WARNING);
     }
     const QByteArray bytes = encodeProfile(text);
-    if (file.write(bytes) != bytes.size() || !file.commit()) {
-        file.cancelWriting();
+    if (file.device()->write(bytes) != bytes.size() || !file.commit()) {
         ZOS_LOG(QStringLiteral("Error saving user preferences to file...."), ZOS_LOG_ERROR);
         return ES_UNKNOWN_ERROR;
     }

@@ -1,5 +1,6 @@
 #include "czotreemenucombobox.h"
 
+#include "czosavefile.h"
 #include "czoslog.h"
 #include "zopath.h"
 
@@ -92,11 +93,8 @@ bool CZOTreeMenuComboBox::installDefaultProbeFile(const QString &path)
 {
     if (QFile::exists(path))
         return true;
-    if (!QFile::copy(builtInProbeFile(), path))
-        return false;
-    // A copy of a resource is read-only; the recently used list must be writable.
-    QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
-    return true;
+    QFile builtIn(builtInProbeFile());
+    return builtIn.open(QIODevice::ReadOnly) && CZOSaveFile::save(path, builtIn.readAll());
 }
 
 QStandardItemModel *CZOTreeMenuComboBox::createTreeModelFromFile(QString path)
@@ -347,21 +345,22 @@ bool CZOTreeMenuComboBox::saveRecentUsedProbes(QStringList used)
                 ZOS_LOG_ERROR);
         return false;
     }
-    QFile file(m_strFilePath);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
-        ZOS_LOG(QStringLiteral("Unable to add probes in use to recently used list. %1 : %2.")
-                    .arg(m_strFilePath, file.errorString()),
-                ZOS_LOG_ERROR);
-        return false;
-    }
-    QXmlStreamWriter writer(&file);
+    // The old file stays whole until the new one is complete.
+    // The writer writes token by token: gather them, then replace the file in one save.
+    QByteArray document;
+    QXmlStreamWriter writer(&document);
     writer.setAutoFormatting(true);
     writer.writeStartDocument();
     // The children of the "ROOT" item, not the item itself, become the document.
     if (QStandardItem *root = m_pTreeModel->item(0))
         writeBranchAndChildren(&writer, m_pTreeModel, root->index());
     writer.writeEndDocument();
-    file.close();
+    QString error;
+    if (!CZOSaveFile::save(m_strFilePath, document, &error)) {
+        ZOS_LOG(QStringLiteral("Unable to add probes in use to recently used list. %1 : %2.").arg(m_strFilePath, error),
+                ZOS_LOG_ERROR);
+        return false;
+    }
     return true;
 }
 
