@@ -6,6 +6,7 @@
 
 #include <QtTest>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -56,7 +57,6 @@ private slots:
     void readSigmaBadInput();
     void flatField_data();
     void flatField();
-    void flatFieldCapacityAndLog();
     void shelfPosition_data();
     void shelfPosition();
     void defectRepair_data();
@@ -207,64 +207,63 @@ void TestCCDCorrections::flatField_data()
 {
     QTest::addColumn<bool>("multiView");
     QTest::addColumn<QStringList>("config");
+    QTest::addColumn<int>("capacity");
     QTest::addColumn<int>("status");
     QTest::addColumn<QString>("values");
+    QTest::addColumn<QString>("logged"); // in the log afterwards; empty: nothing checked
     const QString table = "Shelf Position FOV Table=A=5;B=12.5;C=20";
     const QString ff5 = "Shelf Position B FF5 f/2 Coefs=", old = "Shelf Position B Flat Field f/2 Coefs=";
-    QTest::newRow("FF5 key first") << false << QStringList{table, ff5 + "1,2,3", old + "4,5"} << 0 << "1,2,3";
-    QTest::newRow("old key next") << false << QStringList{table, old + "4,-5e-3"} << 0 << "4,-0.005";
-    QTest::newRow("empty FF5 falls back") << false << QStringList{table, ff5, old + "4"} << 0 << "4";
+    const QString notNumbers = "hold pieces that are not numbers";
+    QTest::newRow("FF5 key first") << false << QStringList{table, ff5 + "1,2,3", old + "4,5"} << 0 << 0 << "1,2,3"
+                                   << "";
+    QTest::newRow("old key next") << false << QStringList{table, old + "4,-5e-3"} << 0 << 0 << "4,-0.005" << "";
+    QTest::newRow("empty FF5 falls back") << false << QStringList{table, ff5, old + "4"} << 0 << 0 << "4" << "";
     QTest::newRow("multi-view, no commas") << true << QStringList{"MV Flat Field f/2 Coefs=0.75", ff5 + "1"} << 0
-                                           << "0.75";
-    QTest::newRow("blanks around numbers") << false << QStringList{table, ff5 + " 1.5 , 2 "} << 0 << "1.5,2";
+                                           << 0 << "0.75" << "";
+    QTest::newRow("blanks around numbers") << false << QStringList{table, ff5 + " 1.5 , 2 "} << 0 << 0 << "1.5,2"
+                                           << "";
+    QTest::newRow("trailing comma") << false << QStringList{table, ff5 + "1,,3,"} << 0 << 0 << "1,0,3,0" << "";
+    QTest::newRow("only commas and blanks") << false << QStringList{table, ff5 + ", ,"} << 0 << 0 << "0,0,0" << "";
+    QTest::newRow("abc piece") << false << QStringList{table, ff5 + "1,abc,2"} << 0 << 0 << "1,0,2"
+                               << "'1,abc,2' " + notNumbers;
+    QTest::newRow("1e999 piece") << false << QStringList{table, ff5 + "1e999,nan"} << 0 << 0 << "0,0"
+                                 << "'1e999,nan' " + notNumbers;
+    QTest::newRow("more pieces than room") << false << QStringList{table, ff5 + "1,2,x,4"} << 2 << 0 << "1,2"
+                                           << "'1,2,x,4' number 4; only the first 2 fit";
     QTest::newRow("unmapped FOV: key built all the same")
-        << false << QStringList{"Shelf Position  FF5 f/2 Coefs=9"} << 0 << "9";
-    QTest::newRow("Andor default") << false << QStringList{table, "Camera System Info=Andor iKon-M"} << 0
-                                   << "1,0,0,0,0,0";
-    QTest::newRow("no keys") << false << QStringList{table, "Camera System Info=Other"} << 31 << "";
-    QTest::newRow("abc piece") << false << QStringList{table, ff5 + "1,abc"} << 31 << "";
-    QTest::newRow("empty piece") << false << QStringList{table, ff5 + "1,,2"} << 31 << "";
-    QTest::newRow("1e999 piece") << false << QStringList{table, ff5 + "1e999"} << 31 << "";
+        << false << QStringList{"Shelf Position  FF5 f/2 Coefs=9"} << 1 << 0 << "9"
+        << "Old-Unable to map the FOV(12.5) to Shelf position ";
+    QTest::newRow("Andor default") << false << QStringList{table, "Camera System Info=Andor iKon-M"} << 0 << 0
+                                   << "1,0,0,0,0,0" << "";
+    QTest::newRow("no keys") << false << QStringList{table, "Camera System Info=Other"} << 0 << 31 << ""
+                             << "Unable to find the flat field keys: 'Shelf Position B FF5 f/2 Coefs' or "
+                                "'Shelf Position B Flat Field f/2 Coefs' in the configuration file.";
 }
 
 void TestCCDCorrections::flatField()
 {
     QFETCH(bool, multiView);
     QFETCH(QStringList, config);
+    QFETCH(int, capacity);
     QFETCH(int, status);
     QFETCH(QString, values);
+    QFETCH(QString, logged);
     CPLClickInfo ci;
     ci.addSection(section("luminescent image", {"f Number=2", "Field of View=12.5", "Imaging Angle=0"}));
     ci.addSection(section("Camera System Info", config));
-    float coefs[8] = {};
+    float coefs[8];
+    std::fill_n(coefs, 8, -7.0f);
     int count = -1;
-    QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, 0, count, multiView, IT_LUMINESCENT)), status);
+    QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, capacity, count, multiView, IT_LUMINESCENT)), status);
     QStringList got;
     for (int i = 0; i < count; ++i)
         got << QString::number(coefs[i]);
     QCOMPARE(got.join(','), values);
+    QVERIFY(std::all_of(coefs + count, coefs + 8, [](float c) { return c == -7.0f; })); // nothing past count
+    if (!logged.isEmpty())
+        QVERIFY2(logText().contains(logged), qPrintable(logged));
     QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, 0, count, multiView, IT_PHOTOGRAPH)), int(ES_INVALID_POINTER));
     QCOMPARE(count, 0);
-}
-
-void TestCCDCorrections::flatFieldCapacityAndLog()
-{
-    CPLClickInfo ci;
-    ci.addSection(section("luminescent image", {"f Number=8", "Field of View=7"}));
-    ci.addSection(section("Camera System Info", {"Shelf Position  Flat Field f/8 Coefs=1,2,3"}));
-    float coefs[3] = {0, 0, -1};
-    int count = 0;
-    QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, 2, count, false, IT_LUMINESCENT)), 0);
-    QCOMPARE(count, 3);
-    QCOMPARE(coefs[1], 2.0f);
-    QCOMPARE(coefs[2], -1.0f); // beyond the capacity: untouched
-    const QString log = logText();
-    QVERIFY(log.contains("New-Unable to map the FOV(7) to Shelf position "));
-    QVERIFY(log.contains("Old-Unable to map the FOV(7) to Shelf position "));
-    ci.getSection("Camera System Info")->clear();
-    QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, 2, count, false, IT_LUMINESCENT)), 31);
-    QVERIFY(logText().contains("Unable to find the flat field keys: 'Shelf Position  FF5 f/8 Coefs' or "
-                               "'Shelf Position  Flat Field f/8 Coefs' in the configuration file."));
 }
 
 void TestCCDCorrections::shelfPosition_data()

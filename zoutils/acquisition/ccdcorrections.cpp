@@ -39,6 +39,11 @@ void logError(const QString &message)
     ZOS_LOG(message, ZOS_LOG_ERROR);
 }
 
+void logWarning(const QString &message)
+{
+    ZOS_LOG(message, ZOS_LOG_WARNING);
+}
+
 bool parseFiniteFloat(const QString &text, float &value)
 {
     bool ok = false;
@@ -399,19 +404,27 @@ tag_estatus getFlatFieldCoefficients(CPLClickInfo &clickInfo, float *coefs, int 
         return ES_UNKNOWN_ERROR;
     }
 
+    // Camera files carry trailing commas and empty places: every piece counts,
+    // and one that is empty or not a number stands for 0.
     const QStringList pieces = text.split(QLatin1Char(','), Qt::KeepEmptyParts);
-    // Parse everything before storing anything, so a bad text leaves the
-    // caller's array untouched.
-    std::vector<float> values(size_t(pieces.size()));
-    for (int i = 0; i < pieces.size(); ++i) {
-        if (!parseFiniteFloat(pieces.at(i), values[size_t(i)])) {
-            logError(QStringLiteral("The flat field coefficients '%1' are not a list of numbers.").arg(text));
-            return ES_UNKNOWN_ERROR;
+    const int stored = capacity > 0 ? std::min(capacity, pieces.size()) : pieces.size();
+    bool allNumbers = true;
+    for (int i = 0; i < stored; ++i) {
+        const QString &piece = pieces.at(i);
+        if (!parseFiniteFloat(piece, coefs[i])) {
+            coefs[i] = 0.0f;
+            allNumbers = allNumbers && piece.trimmed().isEmpty();
         }
     }
-    const int stored = capacity > 0 ? std::min(capacity, pieces.size()) : pieces.size();
-    std::copy_n(values.begin(), stored, coefs);
-    count = pieces.size();
+    if (!allNumbers)
+        logWarning(QStringLiteral("The flat field coefficients '%1' hold pieces that are not numbers; they count as 0.")
+                       .arg(text));
+    if (stored < pieces.size())
+        logWarning(QStringLiteral("The flat field coefficients '%1' number %2; only the first %3 fit and are used.")
+                       .arg(text)
+                       .arg(pieces.size())
+                       .arg(stored));
+    count = stored;
     return ES_SUCCESS;
 }
 
