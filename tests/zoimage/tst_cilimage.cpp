@@ -97,6 +97,8 @@ private slots:
         QFETCH(int, height);
         QFETCH(bool, valid);
         CILImage image(width, height);
+        if (!valid)
+            image.setImageStats(1, 2, 3); // a null image keeps its zeros
         QCOMPARE(!image.isNull(), valid);
         QCOMPARE(image.getWidth(), valid ? width : 0);
         QCOMPARE(image.getHeight(), valid ? height : 0);
@@ -196,6 +198,12 @@ private slots:
         QCOMPARE(image.getMinimum(), lo);
         QCOMPARE(image.getMaximum(), hi);
         QCOMPARE(image.getMean(), double(total) / count);
+        // Statistics gathered elsewhere read back exactly as refreshed ones.
+        CILImage told(count, 1);
+        told.setImageStats(lo, hi, total);
+        QCOMPARE(told.getMinimum(), image.getMinimum());
+        QCOMPARE(told.getMaximum(), image.getMaximum());
+        QCOMPARE(told.getMean(), image.getMean());
     }
 
     void copiesAreDeep()

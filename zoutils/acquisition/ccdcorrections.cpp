@@ -1,4 +1,5 @@
 #include "ccdcorrections.h"
+#include "ccdcorrections_p.h"
 
 #include "cilimage.h"
 #include "cplclickinfo.h"
@@ -12,14 +13,6 @@
 #include <cmath>
 #include <cstring>
 #include <vector>
-
-// The four images of an accumulation never overlap; telling GCC so spares the
-// vectorised loop its run-time alias checks.
-#if defined(__GNUC__) && !defined(__clang__)
-#define ZO_NO_ALIAS_LOOP _Pragma("GCC ivdep")
-#else
-#define ZO_NO_ALIAS_LOOP
-#endif
 
 namespace {
 
@@ -69,48 +62,6 @@ bool storedReadBias(const CPLClickInfo &clickInfo, const QString &sectionName, f
         status = ES_UNKNOWN_ERROR;
     }
     return true;
-}
-
-// The inclusive integer range of 16-bit values v with lower < v < upper.
-// False when no value qualifies (NaN limits included).
-bool strictIntegerRange(float lower, float upper, quint16 &first, quint16 &last)
-{
-    if (std::isnan(lower) || std::isnan(upper))
-        return false;
-    const double lo = std::max(std::floor(double(lower)) + 1.0, 0.0);
-    const double hi = std::min(std::ceil(double(upper)) - 1.0, 65535.0);
-    if (lo > hi)
-        return false;
-    first = quint16(lo);
-    last = quint16(hi);
-    return true;
-}
-
-// Accumulates pixels [0, n) of one frame, branch-free; in-range means
-// first <= v <= first + span. Sum and count wrap in 16 bits on purpose.
-// Fixed-length blocks with restrict pointers let the compiler vectorise at -O2
-// (no run-time alias checks, no epilogue for its cost model to weigh).
-void accumulateFrame(const quint16 *__restrict source, quint16 *__restrict sum, quint16 *__restrict count,
-                     quint16 *__restrict mask, qint64 n, quint16 first, quint16 last)
-{
-    constexpr int Block = 64;
-    const quint16 span = quint16(last - first);
-    auto pixel = [=](qint64 i) {
-        const quint16 v = source[i];
-        const quint16 in = quint16(quint16(v - first) <= span);
-        const quint16 keep = quint16(0 - in);
-        mask[i] = in;
-        sum[i] = quint16(sum[i] + (v & keep));
-        count[i] = quint16(count[i] + in);
-    };
-    qint64 i = 0;
-    for (; i + Block <= n; i += Block) {
-        ZO_NO_ALIAS_LOOP
-        for (int k = 0; k < Block; ++k)
-            pixel(i + k);
-    }
-    for (; i < n; ++i)
-        pixel(i);
 }
 
 // ---------------------------------------------------------------------------
@@ -343,20 +294,22 @@ bool createReadSigmaImage(CILImage *source, CILImage *sum, quint16 *unused, CILI
             return false;
 
     const qint64 n = source->getPixelCount();
+    quint16 first = 0;
+    quint16 last = 0;
+    if (n > 0 && ZoReadSigma::strictIntegerRange(lowerLimit, upperLimit, first, last)) {
+        ZoReadSigma::accumulateImages(*source, *sum, *count, *mask, first, last, accumulate != 0);
+        return true;
+    }
+
+    // No value can be in range (or no pixels): the mask is cleared and sum and
+    // count only cleared or kept.
     if (n > 0) {
         if (!accumulate) {
             std::memset(sum->getPixels(), 0, size_t(n) * sizeof(quint16));
             std::memset(count->getPixels(), 0, size_t(n) * sizeof(quint16));
         }
-        quint16 first = 0;
-        quint16 last = 0;
-        if (strictIntegerRange(lowerLimit, upperLimit, first, last))
-            accumulateFrame(source->getPixels(), sum->getPixels(), count->getPixels(), mask->getPixels(), n, first,
-                            last);
-        else
-            std::memset(mask->getPixels(), 0, size_t(n) * sizeof(quint16));
+        std::memset(mask->getPixels(), 0, size_t(n) * sizeof(quint16));
     }
-
     source->RefreshImageStats();
     mask->RefreshImageStats();
     count->RefreshImageStats();
