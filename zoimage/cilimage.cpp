@@ -282,9 +282,17 @@ void CILImage::RefreshImageStats()
     quint16 hi = 0;
     quint64 total = 0;
     scanPixels(p, count, lo, hi, total);
-    m_nMinimum = lo;
-    m_nMaximum = hi;
-    m_dMean = double(total) / double(count);
+    setImageStats(lo, hi, total);
+}
+
+void CILImage::setImageStats(quint16 minimum, quint16 maximum, quint64 sum)
+{
+    if (isNull())
+        return;
+    Q_ASSERT(minimum <= maximum && sum >= quint64(minimum) * quint64(getPixelCount()));
+    m_nMinimum = minimum;
+    m_nMaximum = maximum;
+    m_dMean = double(sum) / double(getPixelCount());
 }
 
 tag_estatus CILImage::saveTiff(const QString &path) const

@@ -57,6 +57,12 @@ public:
     double getMean() const { return m_dMean; }
     // Recomputes minimum, maximum and mean from the pixels, in one pass.
     void RefreshImageStats();
+    // Sets the statistics from the pixels' minimum, maximum and exact sum,
+    // for a caller that has just gathered them in a pass of its own over the
+    // pixels; the result is what RefreshImageStats() would give (the mean is
+    // `sum` / getPixelCount()), without the second pass. The caller vouches
+    // for the values. Ignored for a null image.
+    void setImageStats(quint16 minimum, quint16 maximum, quint64 sum);
 
     // Writes an uncompressed 16-bit single-sample grayscale TIFF. Returns
     // ES_SUCCESS; ES_INVALID_IMAGE for a null image; ES_OPEN_FAILED or

@@ -23,6 +23,7 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QMenu>
+#include <QPainter>
 #include <QScreen>
 #include <QTextStream>
 #include <QThread>
@@ -87,7 +88,19 @@ QImage probeMenuPicture(CZOTreeMenuComboBox *combo)
         open << sub;
         area = area.united(sub->geometry());
     }
-    const QImage picture = screenPicture(area.adjusted(-2, -2, 2, 2));
+    // The cascade runs past the window's bottom edge, where the bare X screen
+    // is black: only the window and the menus are kept, the rest transparent.
+    const QRect grabbed = area.adjusted(-2, -2, 2, 2);
+    QImage picture = screenPicture(grabbed).convertToFormat(QImage::Format_ARGB32);
+    QRegion shown = combo->window()->frameGeometry();
+    for (const QMenu *m : open)
+        shown += m->geometry();
+    if (!picture.isNull()) {
+        QPainter painter(&picture);
+        painter.setClipRegion((QRegion(grabbed) - shown).translated(-grabbed.topLeft()));
+        painter.setCompositionMode(QPainter::CompositionMode_Clear);
+        painter.fillRect(picture.rect(), Qt::transparent);
+    }
     for (int i = open.size() - 1; i >= 0; --i)
         open[i]->hide();
     return picture;

@@ -1,4 +1,5 @@
 #include "ccdcorrections.h"
+#include "ccdcorrections_p.h"
 #include "cilimage.h"
 #include "cplclickinfo.h"
 #include "cplsection.h"
@@ -6,6 +7,7 @@
 
 #include <QtTest>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -52,11 +54,9 @@ private slots:
     void readBias();
     void readSigma_data();
     void readSigma();
-    void readSigmaWrapsAndClears();
     void readSigmaBadInput();
     void flatField_data();
     void flatField();
-    void flatFieldCapacityAndLog();
     void shelfPosition_data();
     void shelfPosition();
     void defectRepair_data();
@@ -158,39 +158,49 @@ void TestCCDCorrections::readSigma()
 {
     QFETCH(float, lower);
     QFETCH(float, upper);
-    // Both limits and their neighbours, then random values; 67 x 13 pixels
-    // reach the scalar tail after the vectorised blocks.
+    // Both limits and their neighbours, then random values. 67 x 13 pixels
+    // reach the scalar tail after the vectors; 300 x 230 pixels cross the
+    // vectors' widening of their partial sums, 640 x 480 high ones would
+    // overflow them without it. Sums and counts (0, ..., 65535) wrap.
     const int edges[] = {0, 9, 10, 11, 19, 20, 21, 1019, 1020, 65534, 65535};
     std::mt19937 rng(7);
-    auto random = [&](int x, int y) { return x + 67 * y < 11 ? edges[x + 67 * y] : int(rng() % 65536); };
-    CILImage src = image(67, 13, random), sum = image(67, 13, random), count = image(67, 13, random), mask(67, 13);
-    const CILImage sum0 = sum, count0 = count;
-    QVERIFY(createReadSigmaImage(&src, &sum, nullptr, &count, &mask, lower, upper, 1));
-    qint64 inRange = 0;
-    for (qint64 i = 0; i < src.getPixelCount(); ++i) {
-        const quint16 v = src.getPixels()[i];
-        const bool in = lower < float(v) && float(v) < upper;
-        inRange += in;
-        QCOMPARE(mask.getPixels()[i], quint16(in));
-        QCOMPARE(sum.getPixels()[i], quint16(sum0.getPixels()[i] + (in ? v : 0)));
-        QCOMPARE(count.getPixels()[i], quint16(count0.getPixels()[i] + in));
+    for (const QSize size : {QSize(67, 13), QSize(300, 230), QSize(640, 480)}) {
+        const int w = size.width(), h = size.height(), high = w == 640 ? 0xFF00 : 0;
+        auto random = [&](int x, int y) { return y == 0 && x < 11 ? edges[x] : int(rng() % 65536) | high; };
+        for (int path = 0; path < 6; ++path) { // public, vectors, scalar; each fresh and accumulating
+            const bool accumulate = path % 2;
+            CILImage src = image(w, h, random), mask(w, h), sum = image(w, h, random);
+            CILImage count = image(w, h, [&](int, int) { return int(rng() % 4) * 21845; });
+            src.setImageStats(0, 0, 0); // stale: every path must set the source's too
+            // The obvious per-pixel accumulation and a full refresh: what every path must give.
+            CILImage ref[4] = {src, sum, count, mask};
+            for (qint64 i = 0; i < src.getPixelCount(); ++i) {
+                const quint16 v = src.getPixels()[i];
+                const bool in = lower < float(v) && float(v) < upper;
+                ref[1].getPixels()[i] = quint16((accumulate ? sum.getPixels()[i] : 0) + (in ? v : 0));
+                ref[2].getPixels()[i] = quint16((accumulate ? count.getPixels()[i] : 0) + in);
+                ref[3].getPixels()[i] = in;
+            }
+            quint16 first = 0, last = 0;
+            if (path < 2)
+                QVERIFY(createReadSigmaImage(&src, &sum, nullptr, &count, &mask, lower, upper, accumulate));
+            else if (!ZoReadSigma::strictIntegerRange(lower, upper, first, last))
+                continue; // nothing to accumulate; the public path covers it
+            else if (path < 4)
+                ZoReadSigma::accumulateImages<true>(src, sum, count, mask, first, last, accumulate);
+            else
+                ZoReadSigma::accumulateImages<false>(src, sum, count, mask, first, last, accumulate);
+            const CILImage *got[4] = {&src, &sum, &count, &mask};
+            for (int k = 0; k < 4; ++k) {
+                ref[k].RefreshImageStats();
+                QVERIFY2(std::equal(ref[k].getPixels(), ref[k].getPixels() + w * h, got[k]->getPixels()),
+                         qPrintable(QStringLiteral("size %1, path %2, image %3").arg(w).arg(path).arg(k)));
+                QCOMPARE(got[k]->getMinimum(), ref[k].getMinimum());
+                QCOMPARE(got[k]->getMaximum(), ref[k].getMaximum());
+                QCOMPARE(got[k]->getMean(), ref[k].getMean());
+            }
+        }
     }
-    QCOMPARE(mask.getMean(), double(inRange) / src.getPixelCount()); // statistics refreshed
-}
-
-void TestCCDCorrections::readSigmaWrapsAndClears()
-{
-    CILImage src(2, 1), sum(2, 1), count(2, 1), mask(2, 1);
-    src.fill(2);
-    sum.fill(65535);
-    count.fill(65535);
-    QVERIFY(createReadSigmaImage(&src, &sum, nullptr, &count, &mask, 0, 10, 1));
-    QCOMPARE(sum.pixel(0, 0), quint16(1));
-    QCOMPARE(count.pixel(1, 0), quint16(0));
-    QCOMPARE(sum.getMaximum(), quint16(1));
-    QVERIFY(createReadSigmaImage(&src, &sum, nullptr, &count, &mask, 0, 10, 0));
-    QCOMPARE(sum.pixel(0, 0), quint16(2));
-    QCOMPARE(count.pixel(0, 0), quint16(1));
 }
 
 void TestCCDCorrections::readSigmaBadInput()
@@ -207,64 +217,63 @@ void TestCCDCorrections::flatField_data()
 {
     QTest::addColumn<bool>("multiView");
     QTest::addColumn<QStringList>("config");
+    QTest::addColumn<int>("capacity");
     QTest::addColumn<int>("status");
     QTest::addColumn<QString>("values");
+    QTest::addColumn<QString>("logged"); // in the log afterwards; empty: nothing checked
     const QString table = "Shelf Position FOV Table=A=5;B=12.5;C=20";
     const QString ff5 = "Shelf Position B FF5 f/2 Coefs=", old = "Shelf Position B Flat Field f/2 Coefs=";
-    QTest::newRow("FF5 key first") << false << QStringList{table, ff5 + "1,2,3", old + "4,5"} << 0 << "1,2,3";
-    QTest::newRow("old key next") << false << QStringList{table, old + "4,-5e-3"} << 0 << "4,-0.005";
-    QTest::newRow("empty FF5 falls back") << false << QStringList{table, ff5, old + "4"} << 0 << "4";
+    const QString notNumbers = "hold pieces that are not numbers";
+    QTest::newRow("FF5 key first") << false << QStringList{table, ff5 + "1,2,3", old + "4,5"} << 0 << 0 << "1,2,3"
+                                   << "";
+    QTest::newRow("old key next") << false << QStringList{table, old + "4,-5e-3"} << 0 << 0 << "4,-0.005" << "";
+    QTest::newRow("empty FF5 falls back") << false << QStringList{table, ff5, old + "4"} << 0 << 0 << "4" << "";
     QTest::newRow("multi-view, no commas") << true << QStringList{"MV Flat Field f/2 Coefs=0.75", ff5 + "1"} << 0
-                                           << "0.75";
-    QTest::newRow("blanks around numbers") << false << QStringList{table, ff5 + " 1.5 , 2 "} << 0 << "1.5,2";
+                                           << 0 << "0.75" << "";
+    QTest::newRow("blanks around numbers") << false << QStringList{table, ff5 + " 1.5 , 2 "} << 0 << 0 << "1.5,2"
+                                           << "";
+    QTest::newRow("trailing comma") << false << QStringList{table, ff5 + "1,,3,"} << 0 << 0 << "1,0,3,0" << "";
+    QTest::newRow("only commas and blanks") << false << QStringList{table, ff5 + ", ,"} << 0 << 0 << "0,0,0" << "";
+    QTest::newRow("abc piece") << false << QStringList{table, ff5 + "1,abc,2"} << 0 << 0 << "1,0,2"
+                               << "'1,abc,2' " + notNumbers;
+    QTest::newRow("1e999 piece") << false << QStringList{table, ff5 + "1e999,nan"} << 0 << 0 << "0,0"
+                                 << "'1e999,nan' " + notNumbers;
+    QTest::newRow("more pieces than room") << false << QStringList{table, ff5 + "1,2,x,4"} << 2 << 0 << "1,2"
+                                           << "'1,2,x,4' number 4; only the first 2 fit";
     QTest::newRow("unmapped FOV: key built all the same")
-        << false << QStringList{"Shelf Position  FF5 f/2 Coefs=9"} << 0 << "9";
-    QTest::newRow("Andor default") << false << QStringList{table, "Camera System Info=Andor iKon-M"} << 0
-                                   << "1,0,0,0,0,0";
-    QTest::newRow("no keys") << false << QStringList{table, "Camera System Info=Other"} << 31 << "";
-    QTest::newRow("abc piece") << false << QStringList{table, ff5 + "1,abc"} << 31 << "";
-    QTest::newRow("empty piece") << false << QStringList{table, ff5 + "1,,2"} << 31 << "";
-    QTest::newRow("1e999 piece") << false << QStringList{table, ff5 + "1e999"} << 31 << "";
+        << false << QStringList{"Shelf Position  FF5 f/2 Coefs=9"} << 1 << 0 << "9"
+        << "Old-Unable to map the FOV(12.5) to Shelf position ";
+    QTest::newRow("Andor default") << false << QStringList{table, "Camera System Info=Andor iKon-M"} << 0 << 0
+                                   << "1,0,0,0,0,0" << "";
+    QTest::newRow("no keys") << false << QStringList{table, "Camera System Info=Other"} << 0 << 31 << ""
+                             << "Unable to find the flat field keys: 'Shelf Position B FF5 f/2 Coefs' or "
+                                "'Shelf Position B Flat Field f/2 Coefs' in the configuration file.";
 }
 
 void TestCCDCorrections::flatField()
 {
     QFETCH(bool, multiView);
     QFETCH(QStringList, config);
+    QFETCH(int, capacity);
     QFETCH(int, status);
     QFETCH(QString, values);
+    QFETCH(QString, logged);
     CPLClickInfo ci;
     ci.addSection(section("luminescent image", {"f Number=2", "Field of View=12.5", "Imaging Angle=0"}));
     ci.addSection(section("Camera System Info", config));
-    float coefs[8] = {};
+    float coefs[8];
+    std::fill_n(coefs, 8, -7.0f);
     int count = -1;
-    QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, 0, count, multiView, IT_LUMINESCENT)), status);
+    QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, capacity, count, multiView, IT_LUMINESCENT)), status);
     QStringList got;
     for (int i = 0; i < count; ++i)
         got << QString::number(coefs[i]);
     QCOMPARE(got.join(','), values);
+    QVERIFY(std::all_of(coefs + count, coefs + 8, [](float c) { return c == -7.0f; })); // nothing past count
+    if (!logged.isEmpty())
+        QVERIFY2(logText().contains(logged), qPrintable(logged));
     QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, 0, count, multiView, IT_PHOTOGRAPH)), int(ES_INVALID_POINTER));
     QCOMPARE(count, 0);
-}
-
-void TestCCDCorrections::flatFieldCapacityAndLog()
-{
-    CPLClickInfo ci;
-    ci.addSection(section("luminescent image", {"f Number=8", "Field of View=7"}));
-    ci.addSection(section("Camera System Info", {"Shelf Position  Flat Field f/8 Coefs=1,2,3"}));
-    float coefs[3] = {0, 0, -1};
-    int count = 0;
-    QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, 2, count, false, IT_LUMINESCENT)), 0);
-    QCOMPARE(count, 3);
-    QCOMPARE(coefs[1], 2.0f);
-    QCOMPARE(coefs[2], -1.0f); // beyond the capacity: untouched
-    const QString log = logText();
-    QVERIFY(log.contains("New-Unable to map the FOV(7) to Shelf position "));
-    QVERIFY(log.contains("Old-Unable to map the FOV(7) to Shelf position "));
-    ci.getSection("Camera System Info")->clear();
-    QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, 2, count, false, IT_LUMINESCENT)), 31);
-    QVERIFY(logText().contains("Unable to find the flat field keys: 'Shelf Position  FF5 f/8 Coefs' or "
-                               "'Shelf Position  Flat Field f/8 Coefs' in the configuration file."));
 }
 
 void TestCCDCorrections::shelfPosition_data()

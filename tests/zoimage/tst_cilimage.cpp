@@ -97,6 +97,8 @@ private slots:
         QFETCH(int, height);
         QFETCH(bool, valid);
         CILImage image(width, height);
+        if (!valid)
+            image.setImageStats(1, 2, 3); // a null image keeps its zeros
         QCOMPARE(!image.isNull(), valid);
         QCOMPARE(image.getWidth(), valid ? width : 0);
         QCOMPARE(image.getHeight(), valid ? height : 0);
@@ -196,6 +198,10 @@ private slots:
         QCOMPARE(image.getMinimum(), lo);
         QCOMPARE(image.getMaximum(), hi);
         QCOMPARE(image.getMean(), double(total) / count);
+        CILImage told(count, 1); // statistics gathered elsewhere read back as refreshed ones
+        told.setImageStats(lo, hi, total);
+        QCOMPARE(std::make_tuple(told.getMinimum(), told.getMaximum(), told.getMean()),
+                 std::make_tuple(lo, hi, image.getMean()));
     }
 
     void copiesAreDeep()

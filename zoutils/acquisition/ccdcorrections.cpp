@@ -1,4 +1,5 @@
 #include "ccdcorrections.h"
+#include "ccdcorrections_p.h"
 
 #include "cilimage.h"
 #include "cplclickinfo.h"
@@ -12,14 +13,6 @@
 #include <cmath>
 #include <cstring>
 #include <vector>
-
-// The four images of an accumulation never overlap; telling GCC so spares the
-// vectorised loop its run-time alias checks.
-#if defined(__GNUC__) && !defined(__clang__)
-#define ZO_NO_ALIAS_LOOP _Pragma("GCC ivdep")
-#else
-#define ZO_NO_ALIAS_LOOP
-#endif
 
 namespace {
 
@@ -37,6 +30,11 @@ constexpr double kShelfFovTolerance = 0.01;
 void logError(const QString &message)
 {
     ZOS_LOG(message, ZOS_LOG_ERROR);
+}
+
+void logWarning(const QString &message)
+{
+    ZOS_LOG(message, ZOS_LOG_WARNING);
 }
 
 bool parseFiniteFloat(const QString &text, float &value)
@@ -64,48 +62,6 @@ bool storedReadBias(const CPLClickInfo &clickInfo, const QString &sectionName, f
         status = ES_UNKNOWN_ERROR;
     }
     return true;
-}
-
-// The inclusive integer range of 16-bit values v with lower < v < upper.
-// False when no value qualifies (NaN limits included).
-bool strictIntegerRange(float lower, float upper, quint16 &first, quint16 &last)
-{
-    if (std::isnan(lower) || std::isnan(upper))
-        return false;
-    const double lo = std::max(std::floor(double(lower)) + 1.0, 0.0);
-    const double hi = std::min(std::ceil(double(upper)) - 1.0, 65535.0);
-    if (lo > hi)
-        return false;
-    first = quint16(lo);
-    last = quint16(hi);
-    return true;
-}
-
-// Accumulates pixels [0, n) of one frame, branch-free; in-range means
-// first <= v <= first + span. Sum and count wrap in 16 bits on purpose.
-// Fixed-length blocks with restrict pointers let the compiler vectorise at -O2
-// (no run-time alias checks, no epilogue for its cost model to weigh).
-void accumulateFrame(const quint16 *__restrict source, quint16 *__restrict sum, quint16 *__restrict count,
-                     quint16 *__restrict mask, qint64 n, quint16 first, quint16 last)
-{
-    constexpr int Block = 64;
-    const quint16 span = quint16(last - first);
-    auto pixel = [=](qint64 i) {
-        const quint16 v = source[i];
-        const quint16 in = quint16(quint16(v - first) <= span);
-        const quint16 keep = quint16(0 - in);
-        mask[i] = in;
-        sum[i] = quint16(sum[i] + (v & keep));
-        count[i] = quint16(count[i] + in);
-    };
-    qint64 i = 0;
-    for (; i + Block <= n; i += Block) {
-        ZO_NO_ALIAS_LOOP
-        for (int k = 0; k < Block; ++k)
-            pixel(i + k);
-    }
-    for (; i < n; ++i)
-        pixel(i);
 }
 
 // ---------------------------------------------------------------------------
@@ -338,20 +294,22 @@ bool createReadSigmaImage(CILImage *source, CILImage *sum, quint16 *unused, CILI
             return false;
 
     const qint64 n = source->getPixelCount();
+    quint16 first = 0;
+    quint16 last = 0;
+    if (n > 0 && ZoReadSigma::strictIntegerRange(lowerLimit, upperLimit, first, last)) {
+        ZoReadSigma::accumulateImages(*source, *sum, *count, *mask, first, last, accumulate != 0);
+        return true;
+    }
+
+    // No value can be in range (or no pixels): the mask is cleared and sum and
+    // count only cleared or kept.
     if (n > 0) {
         if (!accumulate) {
             std::memset(sum->getPixels(), 0, size_t(n) * sizeof(quint16));
             std::memset(count->getPixels(), 0, size_t(n) * sizeof(quint16));
         }
-        quint16 first = 0;
-        quint16 last = 0;
-        if (strictIntegerRange(lowerLimit, upperLimit, first, last))
-            accumulateFrame(source->getPixels(), sum->getPixels(), count->getPixels(), mask->getPixels(), n, first,
-                            last);
-        else
-            std::memset(mask->getPixels(), 0, size_t(n) * sizeof(quint16));
+        std::memset(mask->getPixels(), 0, size_t(n) * sizeof(quint16));
     }
-
     source->RefreshImageStats();
     mask->RefreshImageStats();
     count->RefreshImageStats();
@@ -399,19 +357,27 @@ tag_estatus getFlatFieldCoefficients(CPLClickInfo &clickInfo, float *coefs, int 
         return ES_UNKNOWN_ERROR;
     }
 
+    // Camera files carry trailing commas and empty places: every piece counts,
+    // and one that is empty or not a number stands for 0.
     const QStringList pieces = text.split(QLatin1Char(','), Qt::KeepEmptyParts);
-    // Parse everything before storing anything, so a bad text leaves the
-    // caller's array untouched.
-    std::vector<float> values(size_t(pieces.size()));
-    for (int i = 0; i < pieces.size(); ++i) {
-        if (!parseFiniteFloat(pieces.at(i), values[size_t(i)])) {
-            logError(QStringLiteral("The flat field coefficients '%1' are not a list of numbers.").arg(text));
-            return ES_UNKNOWN_ERROR;
+    const int stored = capacity > 0 ? std::min(capacity, pieces.size()) : pieces.size();
+    bool allNumbers = true;
+    for (int i = 0; i < stored; ++i) {
+        const QString &piece = pieces.at(i);
+        if (!parseFiniteFloat(piece, coefs[i])) {
+            coefs[i] = 0.0f;
+            allNumbers = allNumbers && piece.trimmed().isEmpty();
         }
     }
-    const int stored = capacity > 0 ? std::min(capacity, pieces.size()) : pieces.size();
-    std::copy_n(values.begin(), stored, coefs);
-    count = pieces.size();
+    if (!allNumbers)
+        logWarning(QStringLiteral("The flat field coefficients '%1' hold pieces that are not numbers; they count as 0.")
+                       .arg(text));
+    if (stored < pieces.size())
+        logWarning(QStringLiteral("The flat field coefficients '%1' number %2; only the first %3 fit and are used.")
+                       .arg(text)
+                       .arg(pieces.size())
+                       .arg(stored));
+    count = stored;
     return ES_SUCCESS;
 }
 

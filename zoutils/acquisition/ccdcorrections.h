@@ -51,12 +51,15 @@ ZOUTILS_EXPORT bool createReadSigmaImage(CILImage *source, CILImage *sum, quint1
 //              "Shelf Position <shelf> Flat Field f/<f number> Coefs",
 // with the f number and the shelf position (getShelfPositionFromFOV) of the
 // image's "f Number" and "Field of View". An Andor camera without keys gets
-// "1.0,0.0,0.0,0.0,0.0,0.0". `count` becomes the number of comma-separated
-// values; they are stored from coefs[0]. When `capacity` is positive, at most
-// that many are stored (count still tells how many there are); when it is 0
-// the caller guarantees room for all. Returns 0; 16 when the image's section
-// is missing or `coefs` is null; 31 when no key holds coefficients or a value
-// is not a number.
+// "1.0,0.0,0.0,0.0,0.0,0.0". The text holds one coefficient more than it has
+// commas, stored in order from coefs[0]; a piece that is empty or not a finite
+// number stores 0 (the latter with a warning in the log), so "1,,3," gives
+// 1, 0, 3, 0. `count` becomes the number stored. With a positive `capacity`
+// at most that many are stored, the first ones, and a longer text logs a
+// warning; with `capacity` 0 or below the caller guarantees room for all.
+// Nothing is written past coefs[count - 1]. Returns 0; 16 (count 0) when the
+// image's section is missing or `coefs` is null; 31 (count 0) when no key
+// holds coefficients.
 ZOUTILS_EXPORT tag_estatus getFlatFieldCoefficients(CPLClickInfo &clickInfo, float *coefs, int capacity,
                                                     int &count, bool multiView, tag_eimagetype type);
 

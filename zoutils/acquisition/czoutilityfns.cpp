@@ -1,13 +1,12 @@
 #include "czoutilityfns.h"
 
 #include "generalutilities.h"
+#include "zoappstate_p.h"
 #include "zoconstants.h"
 #include "zoplatform.h"
 #include "zopreferencehooks.h"
 
 #include <QAction>
-#include <QCoreApplication>
-#include <QGuiApplication>
 #include <QMap>
 #include <QPointer>
 
@@ -19,8 +18,6 @@
 
 namespace {
 
-const QString kAppVersion = QStringLiteral("4.7.2");
-const QString kAppBits = QStringLiteral("(64-bit)");
 const quint64 kTwoGiB = 2147483648ULL;
 
 bool multiCoreAtLoad()
@@ -34,7 +31,6 @@ bool multiCoreAtLoad()
 
 // All state is unsynchronised and belongs to the GUI thread.
 QMap<QString, QPointer<QAction>> s_actions;
-int s_cannotClose = 0;
 bool s_roiMeasurementsBlocked = false;
 bool s_closeAllClicked = false;
 bool s_noToAllClicked = false;
@@ -49,33 +45,26 @@ const bool s_multiCore = multiCoreAtLoad();
 quint16 s_readerServerPort = 0;
 std::list<std::string> s_scannedChipIDs;
 QString s_kValue;
-QString s_buildKind;
-
-bool haveGuiApplication()
-{
-    return qobject_cast<QGuiApplication *>(QCoreApplication::instance()) != nullptr;
-}
 
 } // namespace
 
 CZOUtilityFns::~CZOUtilityFns() = default;
 
+// The name, the close guard and the cursor are kept by the log's layer, whose
+// message boxes need them too.
 QString CZOUtilityFns::getAppName()
 {
-    QString name = ZO_PRODUCT_ZOLVANE + QStringLiteral("® ") + kAppVersion + QLatin1Char(' ') + kAppBits;
-    if (!s_buildKind.isEmpty())
-        name += QLatin1Char(' ') + s_buildKind;
-    return name;
+    return ZOAppState::appName();
 }
 
 QString CZOUtilityFns::getBuildKind()
 {
-    return s_buildKind;
+    return ZOAppState::buildKind();
 }
 
 void CZOUtilityFns::setBuildKind(const QString &kind)
 {
-    s_buildKind = kind;
+    ZOAppState::setBuildKind(kind);
 }
 
 QIcon CZOUtilityFns::appIcon()
@@ -171,19 +160,17 @@ void CZOUtilityFns::setCursor(tagECURSOR_TYPE type)
 void CZOUtilityFns::setCursor(const QCursor &cursor)
 {
     // The application's override stack keeps the earlier cursors for restoreCursor().
-    if (haveGuiApplication())
-        QGuiApplication::setOverrideCursor(cursor);
+    ZOAppState::setCursor(cursor);
 }
 
 QCursor *CZOUtilityFns::getCurrentCursor()
 {
-    return haveGuiApplication() ? QGuiApplication::overrideCursor() : nullptr;
+    return ZOAppState::currentCursor();
 }
 
 void CZOUtilityFns::restoreCursor()
 {
-    if (haveGuiApplication() && QGuiApplication::overrideCursor())
-        QGuiApplication::restoreOverrideCursor();
+    ZOAppState::restoreCursor();
 }
 
 int CZOUtilityFns::getSystemMemoryLoad()
@@ -234,15 +221,12 @@ void CZOUtilityFns::setMemoryLoadLimit(int percent)
 
 void CZOUtilityFns::setCanClose(bool canClose)
 {
-    if (!canClose)
-        ++s_cannotClose;
-    else if (s_cannotClose > 0)
-        --s_cannotClose;
+    ZOAppState::setCanClose(canClose);
 }
 
 bool CZOUtilityFns::canClose()
 {
-    return s_cannotClose < 1;
+    return ZOAppState::canClose();
 }
 
 void CZOUtilityFns::setBatchModeEnabled(bool enabled)

@@ -6,5 +6,4 @@ list(APPEND ZO_UTILS_SOURCES
   foundation/zoplatform.h foundation/zoplatform.cpp
   foundation/czodatabase.h foundation/czodatabase.cpp
   foundation/czoprocess.h foundation/czoprocess.cpp
-  foundation/zoaliases.h foundation/zoaliases.cpp
 )

@@ -1,9 +1,10 @@
 #include "czoserrorhandler.h"
 
-#include "czoutilityfns.h"
+#include "zoappstate_p.h"
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QCursor>
 #include <QKeyEvent>
 #include <QMainWindow>
 
@@ -111,13 +112,13 @@ class ShowGuard
 public:
     ShowGuard()
     {
-        CZOUtilityFns::setCanClose(false);
-        CZOUtilityFns::setCursor(ECURSOR_ARROW);
+        ZOAppState::setCanClose(false);
+        ZOAppState::setCursor(QCursor(Qt::ArrowCursor));
     }
     ~ShowGuard()
     {
-        CZOUtilityFns::restoreCursor();
-        CZOUtilityFns::setCanClose(true);
+        ZOAppState::restoreCursor();
+        ZOAppState::setCanClose(true);
     }
     ShowGuard(const ShowGuard &) = delete;
     ShowGuard &operator=(const ShowGuard &) = delete;
@@ -136,14 +137,14 @@ QString CZOSErrorHandler::statusText(tag_estatus status)
 
 void CZOSErrorHandler::errorMessage(QWidget *parent, tag_estatus status, QString detail)
 {
-    CZOSMessageBox box(QMessageBox::Information, CZOUtilityFns::getAppName(), statusText(status) + detail,
+    CZOSMessageBox box(QMessageBox::Information, ZOAppState::appName(), statusText(status) + detail,
                        QMessageBox::Ok, CZOSMessageBox::findParent(parent, false), Qt::Dialog, true);
     box.exec();
 }
 
 int CZOSErrorHandler::question(QWidget *parent, tag_estatus status, QString detail)
 {
-    CZOSMessageBox box(QMessageBox::Warning, CZOUtilityFns::getAppName(), statusText(status) + detail,
+    CZOSMessageBox box(QMessageBox::Warning, ZOAppState::appName(), statusText(status) + detail,
                        QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel,
                        CZOSMessageBox::findParent(parent, false), Qt::Dialog, true);
     box.setDefaultButton(QMessageBox::Yes);

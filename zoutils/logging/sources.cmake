@@ -3,4 +3,4 @@ list(APPEND ZO_UTILS_SOURCES
   logging/zopreferencehooks.h logging/zopreferencehooks.cpp
   logging/zouserstats.h logging/zouserstats.cpp
 )
-list(APPEND ZO_UTILS_SOURCES logging/czoserrorhandler.h logging/czoserrorhandler.cpp)
+list(APPEND ZO_UTILS_SOURCES logging/czoserrorhandler.h logging/czoserrorhandler.cpp logging/zoappstate_p.h logging/zoappstate.cpp)

@@ -1,7 +1,8 @@
 #pragma once
 // Short names for the static members of the process-wide classes:
 // ZO::PF::... for the preference store, ZO::UF::... for the utility functions.
-// They add nothing but a virtual destructor.
+// They add nothing but a virtual destructor. The header sits beside the
+// highest class it names (the utility class), so its includes point down.
 
 #include "czodatabase.h"
 #include "czopreference.h"
