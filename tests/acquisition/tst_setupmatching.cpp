@@ -279,9 +279,9 @@ void TestSetupMatching::copiesShareTheImage()
     SIAImage b(a);
     QVERIFY(b.image == image && b.setup.exposureTime == 3.0);
     CILImage kept(1, 1);
-    SIAImage c(s, &kept);
-    c = a; // does not delete the image it held before
-    QCOMPARE(c.image, image);
+    SIAImage c(sIASetupInfo(), &kept);
+    c = a; // takes set-up and image; does not delete the image it held before
+    QVERIFY(c.image == image && c.setup.exposureTime == 3.0);
     QCOMPARE(kept.getWidth(), 1);
     b.image = c.image = nullptr; // `a` alone deletes the shared image
 }
