@@ -164,7 +164,7 @@ void TestSetupMatching::pruningSearch()
     qDeleteAll(list);
 
     CountedInfo::deleted = 0;
-    list = {new CountedInfo(3700, 5), new CountedInfo(86400, 5), new CountedInfo(3610, 5)};
+    list = {new CountedInfo(3700, 5), nullptr, new CountedInfo(86400, 5), new CountedInfo(3610, 5)}; // null entries go too
     QVERIFY(!findMatchingImageFromList2(list, &wanted, false));
     QVERIFY(list.isEmpty());
     QCOMPARE(CountedInfo::deleted, 3);
