@@ -369,6 +369,10 @@ void TestCCDCorrections::darkChargeSection()
     float measured = 0;
     QCOMPARE(int(measureReadBias(ci, nullptr, &measured)), 0);
     QCOMPARE(measured, bias);
+    CPLClickInfo fresh; // without a dark-charge section one is added
+    fresh.addSection(section("luminescent image", {"Exposure Time=5 sec"}));
+    QCOMPARE(int(updateDarkChargeImageSection(fresh, IT_LUMINESCENT)), 0);
+    QCOMPARE(fresh.getSection("darkcharge image")->value("Exposure Time"), QString("5 sec"));
     QCOMPARE(int(updateDarkChargeImageSection(ci, IT_PHOTOGRAPH)), int(ES_INVALID_POINTER));
     QCOMPARE(int(updateDarkChargeImageSection(ci, IT_DARKCHARGE)), int(ES_INVALID_ARGUMENT));
 }
