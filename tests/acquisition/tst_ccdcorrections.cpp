@@ -49,7 +49,7 @@ class TestCCDCorrections : public QObject
     Q_OBJECT
 private slots:
     void initTestCase();
-    void cleanupTestCase();
+    void cleanupTestCase() { closeLog(); }
     void readBias_data();
     void readBias();
     void readSigma_data();
@@ -75,11 +75,6 @@ void TestCCDCorrections::initTestCase()
     QVERIFY(CZOSLogEventHandler::install());
     beginLog(QStringLiteral("tst_ccdcorrections"));
     QVERIFY(getLogObject());
-}
-
-void TestCCDCorrections::cleanupTestCase()
-{
-    closeLog();
 }
 
 void TestCCDCorrections::readBias_data()
@@ -205,10 +200,10 @@ void TestCCDCorrections::readSigma()
 
 void TestCCDCorrections::readSigmaBadInput()
 {
-    CILImage src(4, 4), other(4, 4), wrong(4, 3), e1, e2, e3, e4;
+    CILImage other(4, 4), wrong(4, 3), e1, e2, e3, e4;
     other.fill(9);
     QVERIFY(!createReadSigmaImage(nullptr, &other, nullptr, &other, &other, 0, 10, 1));
-    QVERIFY(!createReadSigmaImage(&src, &other, nullptr, &other, &wrong, 0, 10, 0));
+    QVERIFY(!createReadSigmaImage(&wrong, &other, nullptr, &other, &other, 0, 10, 0));
     QCOMPARE(other.pixel(0, 0), quint16(9)); // not cleared
     QVERIFY(createReadSigmaImage(&e1, &e2, nullptr, &e3, &e4, 0, 10, 0));
 }
@@ -311,40 +306,26 @@ void TestCCDCorrections::shelfPosition()
 
 void TestCCDCorrections::defectRepair_data()
 {
-    // A 6x5 image with pixel value 10x + 100y, defects set to 9999. Expected
-    // rows list the repaired image row by row.
+    // A 6x5 image with pixel value 10x + 100y, defects set to 9999. A linear
+    // image repairs to itself inside; "x,y=v" lists the pixels that differ.
     QTest::addColumn<QStringList>("map");
-    QTest::addColumn<QStringList>("expected");
-    QTest::newRow("column between good ones")
-        << QStringList{"Defect Map Columns=2"}
-        << QStringList{"0 10 20 30 40 50", "100 110 120 130 140 150", "200 210 220 230 240 250",
-                       "300 310 320 330 340 350", "400 410 420 430 440 450"};
+    QTest::addColumn<QString>("changed");
+    QTest::newRow("column between good ones") << QStringList{"Defect Map Columns=2"} << "";
     QTest::newRow("two columns interpolated, edge copied")
-        << QStringList{"Defect Map Columns= 3;0;2-3 ;"}
-        << QStringList{"10 10 20 30 40 50", "110 110 120 130 140 150", "210 210 220 230 240 250",
-                       "310 310 320 330 340 350", "410 410 420 430 440 450"};
-    QTest::newRow("rows after columns")
-        << QStringList{"Defect Map Rows=4;1", "Defect Map Columns=5"}
-        << QStringList{"0 10 20 30 40 40", "100 110 120 130 140 140", "200 210 220 230 240 240",
-                       "300 310 320 330 340 340", "300 310 320 330 340 340"};
-    QTest::newRow("pixel: mean of 8 neighbours")
-        << QStringList{"Defect Map Pixels=2,2"}
-        << QStringList{"0 10 20 30 40 50", "100 110 120 130 140 150", "200 210 220 230 240 250",
-                       "300 310 320 330 340 350", "400 410 420 430 440 450"};
+        << QStringList{"Defect Map Columns= 3;0;2-3 ;"} << "0,0=10 0,1=110 0,2=210 0,3=310 0,4=410";
+    QTest::newRow("rows after columns") << QStringList{"Defect Map Rows=4;1", "Defect Map Columns=5"}
+                                        << "5,0=40 5,1=140 5,2=240 5,3=340 0,4=300 1,4=310 2,4=320 3,4=330 4,4=340 5,4=340";
+    QTest::newRow("pixel: mean of 8 neighbours") << QStringList{"Defect Map Pixels=2,2"} << "";
     QTest::newRow("pixel cluster from the rim")
-        << QStringList{"Defect Map Pixels=0,0;1,0;0,1;1,1"}
-        << QStringList{"143 70 20 30 40 50", "205 154 120 130 140 150", "200 210 220 230 240 250",
-                       "300 310 320 330 340 350", "400 410 420 430 440 450"};
+        << QStringList{"Defect Map Pixels=0,0;1,0;0,1;1,1"} << "0,0=143 1,0=70 0,1=205 1,1=154";
     QTest::newRow("joint: pixel beside a column")
         << QStringList{"Defect Map Columns=1", "Defect Map Pixels=0,0", "Defect Map Joint Repair=1"}
-        << QStringList{"100 80 20 30 40 50", "100 132 120 130 140 150", "200 210 220 230 240 250",
-                       "300 310 320 330 340 350", "400 360 420 430 440 450"};
+        << "0,0=100 1,0=80 1,1=132 1,4=360";
 }
 
 void TestCCDCorrections::defectRepair()
 {
     QFETCH(QStringList, map);
-    QFETCH(QStringList, expected);
     QScopedPointer<CPLSection> camera(section("Camera System Info", map));
     SCCDDefectMap parsed;
     QCOMPARE(int(parseCCDDefectMap(*camera, parsed)), 0);
@@ -353,14 +334,12 @@ void TestCCDCorrections::defectRepair()
         return bad ? 9999 : 10 * x + 100 * y;
     });
     QCOMPARE(int(fixCCDDefects(camera.data(), &im)), 0);
-    QStringList rows;
-    for (int y = 0; y < 5; ++y) {
-        QStringList row;
+    QStringList changed;
+    for (int y = 0; y < 5; ++y)
         for (int x = 0; x < 6; ++x)
-            row << QString::number(im.pixel(x, y));
-        rows << row.join(' ');
-    }
-    QCOMPARE(rows, expected);
+            if (im.pixel(x, y) != 10 * x + 100 * y)
+                changed << QStringLiteral("%1,%2=%3").arg(x).arg(y).arg(im.pixel(x, y));
+    QTEST(changed.join(' '), "changed");
     QVERIFY(im.getMaximum() < 9999); // statistics refreshed
 }
 
@@ -404,6 +383,10 @@ void TestCCDCorrections::darkChargeSection()
     float measured = 0;
     QCOMPARE(int(measureReadBias(ci, nullptr, &measured)), 0);
     QCOMPARE(measured, bias);
+    CPLClickInfo fresh; // without a dark-charge section one is added
+    fresh.addSection(section("luminescent image", {"Exposure Time=5 sec"}));
+    QCOMPARE(int(updateDarkChargeImageSection(fresh, IT_LUMINESCENT)), 0);
+    QCOMPARE(fresh.getSection("darkcharge image")->value("Exposure Time"), QString("5 sec"));
     QCOMPARE(int(updateDarkChargeImageSection(ci, IT_PHOTOGRAPH)), int(ES_INVALID_POINTER));
     QCOMPARE(int(updateDarkChargeImageSection(ci, IT_DARKCHARGE)), int(ES_INVALID_ARGUMENT));
 }

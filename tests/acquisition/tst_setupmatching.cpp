@@ -164,7 +164,7 @@ void TestSetupMatching::pruningSearch()
     qDeleteAll(list);
 
     CountedInfo::deleted = 0;
-    list = {new CountedInfo(3700, 5), new CountedInfo(86400, 5), new CountedInfo(3610, 5)};
+    list = {new CountedInfo(3700, 5), nullptr, new CountedInfo(86400, 5), new CountedInfo(3610, 5)}; // null entries go too
     QVERIFY(!findMatchingImageFromList2(list, &wanted, false));
     QVERIFY(list.isEmpty());
     QCOMPARE(CountedInfo::deleted, 3);
@@ -279,9 +279,9 @@ void TestSetupMatching::copiesShareTheImage()
     SIAImage b(a);
     QVERIFY(b.image == image && b.setup.exposureTime == 3.0);
     CILImage kept(1, 1);
-    SIAImage c(s, &kept);
-    c = a; // does not delete the image it held before
-    QCOMPARE(c.image, image);
+    SIAImage c(sIASetupInfo(), &kept);
+    c = a; // takes set-up and image; does not delete the image it held before
+    QVERIFY(c.image == image && c.setup.exposureTime == 3.0);
     QCOMPARE(kept.getWidth(), 1);
     b.image = c.image = nullptr; // `a` alone deletes the shared image
 }

@@ -199,6 +199,9 @@ void TestCPLPreferenceManager::activationLogsInAndTheLogLogsOut()
     QVERIFY2(log.contains("\t>>JD Logged IN<<\r\n"), qPrintable(log));
     QVERIFY2(log.contains(QRegularExpression("\t>>JD Logged OUT<< Session Lasted: 00:00:0\\d\r\n")), qPrintable(log));
     QVERIFY(PrefsFolders::readFile(userStatsFileName()).contains("login,JD,"));
+    QCOMPARE(manager()->setActiveUser(0), ES_SUCCESS);
+    QCOMPARE(m_folders.load(), ES_SUCCESS); // reloading forgets the active user
+    QVERIFY(!manager()->getActiveUser() && manager()->getActiveUserName().isEmpty());
 }
 
 void TestCPLPreferenceManager::deletingUsers()

@@ -9,8 +9,8 @@ namespace {
 
 QString probe(int i) { return QStringLiteral("Probe %1").arg(i, 3, 10, QLatin1Char('0')); }
 
-// `count` probes in two categories, after a "Recently Used" holding `recent`.
-QByteArray probeFile(int count, const QStringList &recent = {})
+// `count` probes in two categories, after a "Recently Used" holding `recent`, then `extra`.
+QByteArray probeFile(int count, const QStringList &recent = {}, const QString &extra = {})
 {
     QString xml = "<?xml version=\"1.0\"?>\n<Category Name=\"Fluorescent Probes\">\n<Category Name=\"Recently Used\">\n";
     for (const QString &name : recent)
@@ -19,7 +19,7 @@ QByteArray probeFile(int count, const QStringList &recent = {})
     for (int i = 0; i < count; ++i)
         xml += (i == count / 2 ? "</Category>\n<Category Name=\"Proteins\">\n" : "")
                + QStringLiteral("<PROBE Name=\"%1\"/>\n").arg(probe(i));
-    return (xml + "</Category>\n</Category>\n").toUtf8();
+    return (xml + "</Category>\n" + extra + "</Category>\n").toUtf8();
 }
 
 QMenu *submenu(QMenu *menu, const QString &title)
@@ -31,23 +31,11 @@ QMenu *submenu(QMenu *menu, const QString &title)
     return nullptr;
 }
 
-QList<QAction *> probeActions(CZOTreeMenuComboBox &combo)
+// The texts of the probe actions under `menu`, all or only the checked ones.
+QStringList texts(CZOTreeMenuComboBox &combo, bool checkedOnly = false, QMenu *menu = nullptr)
 {
     QList<QAction *> actions;
-    combo.obtainChilrentActionsOfRootMenu(&actions, combo.menu());
-    return actions;
-}
-
-QAction *action(CZOTreeMenuComboBox &combo, const QString &text)
-{
-    for (QAction *a : probeActions(combo))
-        if (a->text() == text)
-            return a;
-    return nullptr;
-}
-
-QStringList texts(const QList<QAction *> &actions, bool checkedOnly = false)
-{
+    combo.obtainChilrentActionsOfRootMenu(&actions, menu ? menu : combo.menu());
     QStringList out;
     for (QAction *a : actions)
         if (!checkedOnly || a->isChecked())
@@ -55,15 +43,11 @@ QStringList texts(const QList<QAction *> &actions, bool checkedOnly = false)
     return out;
 }
 
-int depth(const QStandardItem *item, int *singleChildBranches = nullptr)
+QAction *action(CZOTreeMenuComboBox &combo, const QString &text)
 {
-    int deepest = 0;
-    for (int r = 0; r < item->rowCount(); ++r) {
-        if (singleChildBranches && item->child(r)->rowCount() == 1)
-            ++*singleChildBranches;
-        deepest = std::max(deepest, 1 + depth(item->child(r), singleChildBranches));
-    }
-    return deepest;
+    QList<QAction *> actions;
+    combo.obtainChilrentActionsOfRootMenu(&actions, combo.menu());
+    return actions.at(texts(combo).indexOf(text));
 }
 
 } // namespace
@@ -72,64 +56,43 @@ class TestCZOTreeMenuComboBox : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true), CZOSLogEventHandler::install(); }
     void init();
     void cleanup() { QCoreApplication::processEvents(), closeLog(); }
 
     void builtInFileInstalledAndRewritable();
     void choosingFromTheMenu();
-    void displayTypes_data();
     void displayTypes();
     void recentList_data();
     void recentList();
     void menuOptionsAndOneChildRule();
     void badFiles_data();
     void badFiles();
-    void blankNamesKeepTheStructure();
-    void unwritableAndMissing();
 
 private:
     QString probesPath() const { return m_dir->filePath("Probes/ProbesTree.xml"); }
-    void writeProbes(const QByteArray &bytes);
-    QByteArray readProbes();
-    QString logText();
+    void writeProbes(const QByteArray &bytes)
+    {
+        QVERIFY(QDir().mkpath(m_dir->filePath("Probes")));
+        QFile f(probesPath());
+        QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(bytes) == bytes.size());
+    }
+    QByteArray readFile(const QString &path)
+    {
+        QCoreApplication::processEvents(); // the log writes on the event loop
+        QFile f(path);
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    }
+    QString logText() { return QString::fromUtf8(readFile(m_dir->filePath("zoactivity.log"))); }
     QScopedPointer<QTemporaryDir> m_dir;
 };
-
-void TestCZOTreeMenuComboBox::initTestCase()
-{
-    QStandardPaths::setTestModeEnabled(true);
-    QVERIFY(CZOSLogEventHandler::install());
-}
 
 void TestCZOTreeMenuComboBox::init()
 {
     // "%2" in the folder catches texts built with chained arg() calls.
     m_dir.reset(new QTemporaryDir(QDir::tempPath() + "/probes%2-XXXXXX"));
-    QVERIFY(m_dir->isValid());
     qputenv("ZO_DATA_ROOT", m_dir->path().toLocal8Bit() + '/');
     QCOMPARE(beginLog(QStringLiteral("Test")), 1);
-}
-
-void TestCZOTreeMenuComboBox::writeProbes(const QByteArray &bytes)
-{
-    QVERIFY(QDir().mkpath(m_dir->filePath("Probes")));
-    QFile f(probesPath());
-    QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    f.write(bytes);
-}
-
-QByteArray TestCZOTreeMenuComboBox::readProbes()
-{
-    QFile f(probesPath());
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-QString TestCZOTreeMenuComboBox::logText()
-{
-    QCoreApplication::processEvents(); // the log writes on the event loop
-    QFile f(m_dir->filePath("zoactivity.log"));
-    return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
 }
 
 void TestCZOTreeMenuComboBox::builtInFileInstalledAndRewritable()
@@ -137,14 +100,8 @@ void TestCZOTreeMenuComboBox::builtInFileInstalledAndRewritable()
     QStringList names;
     {
         CZOTreeMenuComboBox combo;
-        QFile builtIn(CZOTreeMenuComboBox::builtInProbeFile());
-        QVERIFY(builtIn.open(QIODevice::ReadOnly));
-        QCOMPARE(readProbes(), builtIn.readAll());
-        QVERIFY(combo.loadedProbeCount() >= 98);
-        QVERIFY(!logText().contains("Load Failed"));
-        int single = 0; // branches with one child lose it when written back
-        depth(combo.treeModel()->item(0), &single);
-        QCOMPARE(single, 0);
+        QCOMPARE(readFile(probesPath()), readFile(CZOTreeMenuComboBox::builtInProbeFile()));
+        QVERIFY(combo.loadedProbeCount() >= 98 && !logText().contains("Load Failed"));
         names = combo.probeNames();
         QVERIFY(combo.saveRecentUsedProbes({"EGFP", "Indocyanine Green"}));
     }
@@ -153,7 +110,25 @@ void TestCZOTreeMenuComboBox::builtInFileInstalledAndRewritable()
     std::sort(names.begin(), names.end());
     std::sort(reread.begin(), reread.end());
     QCOMPARE(reread, names);
-    QCOMPARE(texts(submenu(again.menu(), "Recently Used")->actions()), QStringList({"Indocyanine Green", "EGFP"}));
+    QCOMPARE(texts(again, false, submenu(again.menu(), "Recently Used")), QStringList({"Indocyanine Green", "EGFP"}));
+
+    // A folder in the file's place cannot be opened for writing, even by root.
+    QVERIFY(QFile::remove(probesPath()) && QDir().mkpath(probesPath()));
+    QVERIFY(!again.saveRecentUsedProbes({probe(1), "EGFP"}));
+    QCOMPARE(again.recentlyUsedProbes(), QStringList({"EGFP", "Indocyanine Green"}));
+    QVERIFY(logText().contains("Error   > Unable to add probes in use to recently used list. " + probesPath() + " : "));
+    const QString missing = m_dir->filePath("nowhere.xml");
+    QScopedPointer<QStandardItemModel> model(again.createTreeModelFromFile(missing));
+    QCOMPARE(model->item(0)->rowCount(), 0);
+    QVERIFY(logText().contains("Error   > Imaging Probe Tree (" + missing + ") Load Failed: No such file or directory."));
+
+    // No probe folder can be made below a file: the built-in list is offered.
+    QFile blocker(m_dir->filePath("blocker"));
+    QVERIFY(blocker.open(QIODevice::WriteOnly));
+    qputenv("ZO_DATA_ROOT", blocker.fileName().toLocal8Bit() + '/');
+    CZOTreeMenuComboBox builtIn;
+    QCOMPARE(builtIn.filePath(), CZOTreeMenuComboBox::builtInProbeFile());
+    QVERIFY(builtIn.loadedProbeCount() >= 98 && !builtIn.saveRecentUsedProbes({"EGFP"}));
 }
 
 void TestCZOTreeMenuComboBox::choosingFromTheMenu()
@@ -166,47 +141,34 @@ void TestCZOTreeMenuComboBox::choosingFromTheMenu()
     QVERIFY(combo.menu()->styleSheet().startsWith("QMenu {background-color: white;"));
     submenu(combo.menu(), "Dyes")->actions().at(7)->trigger();
     QCOMPARE(combo.currentText(), probe(7));
-    QCOMPARE(texts(probeActions(combo), true), QStringList({probe(7), probe(7)})); // in "Recently Used" too
+    QCOMPARE(texts(combo, true), QStringList({probe(7), probe(7)})); // in "Recently Used" too
     action(combo, probe(60))->trigger();
     QCOMPARE(combo.itemText(0), probe(60)); // newest on top
-    QCOMPARE(texts(probeActions(combo), true), QStringList({probe(60)}));
+    QCOMPARE(texts(combo, true), QStringList({probe(60)}));
     action(combo, probe(7))->trigger(); // known: made current, not added
     QCOMPARE(combo.count(), 2);
     QCOMPARE(combo.currentIndex(), 1);
     combo.setCurrentIndex(0); // choosing in the combo moves the check marks
-    QCOMPARE(texts(probeActions(combo), true), QStringList({probe(60)}));
-}
-
-void TestCZOTreeMenuComboBox::displayTypes_data()
-{
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QStringList>("extraRootItems");
-    QTest::newRow("0 adds nothing") << 0 << QStringList();
-    QTest::newRow("2 quantum dots and input") << 2 << QStringList{"Qdot info", "Input Ex/Em"};
-    QTest::newRow("3 autofluorescence") << 3 << QStringList{"Unknown", "ALFood", "ALFree"};
-    QTest::newRow("unknown value adds nothing") << 9 << QStringList();
+    QCOMPARE(texts(combo, true), QStringList({probe(60)}));
 }
 
 void TestCZOTreeMenuComboBox::displayTypes()
 {
-    QFETCH(int, type);
-    QFETCH(QStringList, extraRootItems);
-    writeProbes(probeFile(100));
-    CZOTreeMenuComboBox combo(static_cast<PROBETREEDISPLAYTYPE>(type));
-    QCOMPARE(texts(combo.menu()->actions()), QStringList{"Fluorescent Probes"} + extraRootItems);
-    QCOMPARE(combo.probeNames().contains("KRV-2"), type == 3);
-    QVERIFY(combo.saveRecentUsedProbes({"Unknown"}));
-    QCOMPARE(combo.recentlyUsedProbes().size(), type == 3 ? 1 : 0);
-    if (!extraRootItems.isEmpty()) { // a user clicks a root item
-        combo.showPopup();
-        QVERIFY(QTest::qWaitForWindowExposed(combo.menu()));
-        QAction *item = combo.menu()->actions().last();
-        QTest::mouseClick(combo.menu(), Qt::LeftButton, {}, combo.menu()->actionGeometry(item).center());
-        QCOMPARE(combo.currentText(), extraRootItems.last());
-        QVERIFY(item->isChecked());
+    const QStringList extras[] = {{}, {}, {"Qdot info", "Input Ex/Em"}, {"Unknown", "ALFood", "ALFree"}, {}};
+    for (int type : {0, 2, 3, 9}) {
+        writeProbes(probeFile(100));
+        CZOTreeMenuComboBox combo(static_cast<PROBETREEDISPLAYTYPE>(type));
+        QCOMPARE(texts(combo, false, nullptr).mid(100), extras[qMin(type, 4)]);
+        QCOMPARE(combo.probeNames().contains("KRV-2"), type == 3);
+        QVERIFY(combo.saveRecentUsedProbes({"Unknown"}));
+        QCOMPARE(combo.recentlyUsedProbes().size(), type == 3 ? 1 : 0);
+        if (type == 2) { // a user chooses a root item
+            action(combo, "Input Ex/Em")->trigger();
+            QCOMPARE(combo.currentText(), QStringLiteral("Input Ex/Em"));
+        }
+        const QByteArray written = readFile(probesPath()); // the extras are never written to the file
+        QVERIFY(!written.contains("Qdot") && !written.contains("ALFood"));
     }
-    const QByteArray written = readProbes(); // the extras are never written to the file
-    QVERIFY(!written.contains("Qdot") && !written.contains("ALFood"));
 }
 
 void TestCZOTreeMenuComboBox::recentList_data()
@@ -237,7 +199,7 @@ void TestCZOTreeMenuComboBox::recentList()
         QCOMPARE(combo.recentlyUsedProbes(), inFile);
         QFETCH(QStringList, used);
         QTEST(combo.saveRecentUsedProbes(used), "result");
-        QCOMPARE(texts(submenu(combo.menu(), "Recently Used")->actions()), recent);
+        QCOMPARE(texts(combo, false, submenu(combo.menu(), "Recently Used")), recent);
     }
     CZOTreeMenuComboBox reread;
     QCOMPARE(reread.recentlyUsedProbes(), recent);
@@ -246,19 +208,20 @@ void TestCZOTreeMenuComboBox::recentList()
 
 void TestCZOTreeMenuComboBox::menuOptionsAndOneChildRule()
 {
-    QByteArray xml = probeFile(100, {probe(5)});
-    writeProbes(xml.replace("Probe 001", "apricot").replace("Probe 002", "Zebra").replace(
-        "</Category>\n</Category>\n",
-        "</Category>\n<Category Name=\"Lonely\"><PROBE Name=\"Only Child\"/></Category>\n</Category>\n"));
+    QByteArray xml = probeFile(100, {probe(5)}, "<Category Name=\"Lonely\"><PROBE Name=\"Only Child\"/></Category>\n"
+                                                "<Category Name=\"  \"><PROBE Name=\"inBlank\"/></Category>\n");
+    writeProbes(xml.replace("Probe 001", "apricot").replace("Probe 002", "Zebra"));
     {
         CZOTreeMenuComboBox combo;
+        // A blank category opens nothing: its probe sits beside it, its end closes nothing.
+        QCOMPARE(combo.treeModel()->item(0)->child(0)->rowCount(), 5);
         combo.setShowRecentlyUsedProbeList(false);
         QVERIFY(!submenu(combo.menu(), "Recently Used") && submenu(combo.menu(), "Lonely"));
         combo.setAllowSelectMultiMenuItem(true);
         QVERIFY(submenu(combo.menu(), "Dyes")->styleSheet().isEmpty());
         action(combo, probe(10))->trigger();
         action(combo, probe(70))->trigger();
-        QCOMPARE(texts(probeActions(combo), true), QStringList({probe(10), probe(70)}));
+        QCOMPARE(texts(combo, true), QStringList({probe(10), probe(70)}));
         QCOMPARE(combo.count(), 0);
 
         QStandardItem *root = combo.displayModel()->item(0);
@@ -266,12 +229,14 @@ void TestCZOTreeMenuComboBox::menuOptionsAndOneChildRule()
         QVERIFY(!combo.addNewCategoryStdItemFromStringList(root, "  "));
         QVERIFY(combo.addNewCategoryStdItemFromStringList(root, "Alphabetical"));
         QMenu *alpha = submenu(combo.menu(), "Alphabetical");
-        QCOMPARE(texts(alpha->actions()), QStringList({"A", "O", "P", "Z"}));
-        QCOMPARE(alpha->actions().at(2)->menu()->actions().size(), 98);
+        QStringList initials;
+        for (QAction *a : alpha->actions())
+            initials << a->text() + QString::number(a->menu()->actions().size());
+        QCOMPARE(initials, QStringList({"A1", "I1", "O1", "P98", "Z1"}));
         QVERIFY(combo.saveRecentUsedProbes({"Only Child"}));
     }
     // The writer turns a one-child category into a probe of its name.
-    const QByteArray written = readProbes();
+    const QByteArray written = readFile(probesPath());
     QVERIFY(written.contains("<PROBE Name=\"Lonely\"/>"));
     QCOMPARE(written.count("Only Child"), 1); // left only in the recent list
 }
@@ -306,53 +271,14 @@ void TestCZOTreeMenuComboBox::badFiles()
     CZOTreeMenuComboBox combo;
     const int count = combo.loadedProbeCount();
     QVERIFY(loaded >= 0 ? count == loaded : count > 0 && count < 120);
-    QCOMPARE(probeActions(combo).size(), count);
-    QVERIFY(depth(combo.displayModel()->item(0)) <= CZOTreeMenuComboBox::maxCategoryDepth() + 1);
+    QCOMPARE(texts(combo).size(), count);
     const QString log = logText();
     for (const QString &line : logLines << probesPath())
         QVERIFY2(log.contains(line), qPrintable(line + " not in\n" + log));
     // A damaged file is left for the user to repair, not overwritten with what could be read.
     QCOMPARE(combo.saveRecentUsedProbes({combo.probeNames().value(0)}), rewritable);
     if (!rewritable)
-        QCOMPARE(readProbes(), bytes);
-}
-
-void TestCZOTreeMenuComboBox::blankNamesKeepTheStructure()
-{
-    writeProbes("<Category Name=\"Top\"><Category Name=\"A\">"
-                "<Category Name=\"  \"><PROBE Name=\"inBlank\"/></Category>"
-                "<PROBE Name=\"\"/><PROBE Name=\" \"/><PROBE Name=\"afterBlank\"/></Category>"
-                "<Category Name=\"\"><PROBE Name=\"x\"/></Category><PROBE Name=\"last\"/></Category>");
-    CZOTreeMenuComboBox combo;
-    QCOMPARE(combo.probeNames(), QStringList({"inBlank", "afterBlank", "x", "last"}));
-    QStandardItem *top = combo.treeModel()->item(0)->child(0);
-    QCOMPARE(top->rowCount(), 3); // "A", "x", "last": a blank category's end closes nothing
-    QCOMPARE(top->child(0)->rowCount(), 2);
-}
-
-void TestCZOTreeMenuComboBox::unwritableAndMissing()
-{
-    writeProbes(probeFile(100));
-    CZOTreeMenuComboBox combo;
-    // A folder in the file's place cannot be opened for writing, even by root.
-    QVERIFY(QFile::remove(probesPath()) && QDir().mkpath(probesPath()));
-    QVERIFY(!combo.saveRecentUsedProbes({probe(1)}));
-    QCOMPARE(combo.recentlyUsedProbes(), QStringList({probe(1)}));
-    QVERIFY(logText().contains("Error   > Unable to add probes in use to recently used list. " + probesPath() + " : "));
-
-    const QString missing = m_dir->filePath("nowhere.xml");
-    QScopedPointer<QStandardItemModel> model(combo.createTreeModelFromFile(missing));
-    QCOMPARE(model->item(0)->rowCount(), 0);
-    QVERIFY(logText().contains("Error   > Imaging Probe Tree (" + missing + ") Load Failed: No such file or directory."));
-
-    // No probe folder can be made below a file: the built-in list is offered.
-    QFile blocker(m_dir->filePath("blocker"));
-    QVERIFY(blocker.open(QIODevice::WriteOnly));
-    qputenv("ZO_DATA_ROOT", blocker.fileName().toLocal8Bit() + '/');
-    CZOTreeMenuComboBox builtIn;
-    QCOMPARE(builtIn.filePath(), CZOTreeMenuComboBox::builtInProbeFile());
-    QVERIFY(builtIn.loadedProbeCount() >= 98);
-    QVERIFY(!builtIn.saveRecentUsedProbes({"EGFP"}));
+        QCOMPARE(readFile(probesPath()), bytes);
 }
 
 QTEST_MAIN(TestCZOTreeMenuComboBox)
