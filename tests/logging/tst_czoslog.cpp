@@ -180,6 +180,12 @@ private slots:
         QCOMPARE(status.count(), 2);
         QCOMPARE(status.at(1).at(0).toString(), QStringLiteral("third"));
         QVERIFY(!QFile::exists(path("zoactivity.log"))); // window only
+        // A new file name closes the open file; the next entry goes to the new one.
+        log.beginLog(path("first.log"), LOG_TO_FILE);
+        log.log(QStringLiteral("to first"), QString(), 9, QString(), 1, true);
+        log.beginLog(path("second.log"), LOG_TO_FILE);
+        log.log(QStringLiteral("to second"), QString(), 10, QString(), 1, true);
+        QVERIFY(readAll(path("first.log")).endsWith("\tto first\r\n") && readAll(path("second.log")).endsWith("\tto second\r\n"));
     }
 
     void rotation_data()

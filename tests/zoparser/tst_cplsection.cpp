@@ -110,6 +110,7 @@ private slots:
         s.setValue(QStringLiteral("c"), QStringLiteral("3"));
         s.setValue(QStringLiteral("a"), QStringLiteral("22"));
         QCOMPARE(s.keys(), (QStringList{"b", "a", "c"}));
+        QVERIFY(s != CPLSection(QStringLiteral("S")) && CPLSection(QStringLiteral("A")) != CPLSection(QStringLiteral("B")));
         QCOMPARE(s.value(QStringLiteral("a")), QStringLiteral("22"));
 
         QVERIFY(s.removeKey(QStringLiteral("b")));
