@@ -177,6 +177,7 @@ private slots:
             QCOMPARE(seq.saveSequenceInfo(path), ES_SUCCESS);
             CPLSequenceInfo back;
             back.addClickNumber(QStringLiteral("stale"));
+            back.addSection(new CPLSection(QStringLiteral("stale")));
             QCOMPARE(back.loadSequenceInfo(path), ES_SUCCESS);
             QCOMPARE(back.getClickNumbers(), clicks);
             QVERIFY(sameSections(back, seq));

@@ -111,6 +111,13 @@ private slots:
         s.setValue(QStringLiteral("a"), QStringLiteral("22"));
         QCOMPARE(s.keys(), (QStringList{"b", "a", "c"}));
         QVERIFY(s != CPLSection(QStringLiteral("S")) && CPLSection(QStringLiteral("A")) != CPLSection(QStringLiteral("B")));
+        // Large sections look keys up through an index: every key stays found across a removal.
+        CPLSection big(QStringLiteral("Big"));
+        for (int i = 0; i < 100; ++i)
+            big.setValue(QString::number(i), QString::number(i * 7));
+        QVERIFY(big.removeKey(QStringLiteral("50")) && !big.hasKey(QStringLiteral("50")));
+        for (int i = 0; i < 100; ++i)
+            QCOMPARE(big.value(QString::number(i)), i == 50 ? QString() : QString::number(i * 7));
         QCOMPARE(s.value(QStringLiteral("a")), QStringLiteral("22"));
 
         QVERIFY(s.removeKey(QStringLiteral("b")));
