@@ -63,6 +63,7 @@ bool getNiceRangeForDisplay(double min, double max, int maxTicks, tagZOSDisplayR
     range->maximum = max;
     const double span = max - min;
     if (!std::isfinite(span)) {
+        *range = tagZOSDisplayRange();
         return false;
     }
     maxTicks = std::max(maxTicks, 2);

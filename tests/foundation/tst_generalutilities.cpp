@@ -1,5 +1,7 @@
 #include "czosutilitylibrary.h"
 #include "generalutilities.h"
+#include "zoconstants.h"
+#include "zoplatform.h"
 
 #include <QtTest>
 
@@ -13,6 +15,8 @@ class TestGeneralUtilities : public QObject
     Q_OBJECT
 private slots:
     void marker();
+    void imageKindSectionNames();
+    void platform();
     void dateStamps();
     void getDateTime_data();
     void getDateTime();
@@ -44,6 +48,47 @@ void TestGeneralUtilities::marker()
     QCOMPARE(nZOSUtilityLibrary, 0);
     CZOSUtilityLibrary a, b;
     a = b;
+}
+
+void TestGeneralUtilities::imageKindSectionNames()
+{
+    // Click-info files find an image by these names: each kind needs its own.
+    QSet<QString> names;
+    for (int t = 0; t < IT_IMAGETYPE_COUNT; ++t)
+        names.insert(imageTypeSectionName(t));
+    QCOMPARE(names.size(), int(IT_IMAGETYPE_COUNT));
+    QCOMPARE(imageTypeSectionName(IT_READBSIGMA), QStringLiteral("readbsigma image"));
+    QVERIFY(imageTypeSectionName(IT_IMAGETYPE_COUNT).isNull() && imageTypeSectionName(-1).isNull());
+}
+
+void TestGeneralUtilities::platform()
+{
+    QVERIFY(!ZOPlatform::memoryStatus(nullptr));
+    ZOMemoryStatus m;
+    QVERIFY(ZOPlatform::memoryStatus(&m));
+    QFile info(QStringLiteral("/proc/meminfo"));
+    QVERIFY(info.open(QIODevice::ReadOnly));
+    const QList<QByteArray> total = info.readLine().simplified().split(' '); // "MemTotal: n kB"
+    QCOMPARE(m.totalPhysical, total.at(1).toULongLong() * 1024);
+    QVERIFY(m.availablePhysical > 0 && m.availablePhysical <= m.totalPhysical);
+    QCOMPARE(m.loadPercent, int((m.totalPhysical - m.availablePhysical) * 100 / m.totalPhysical));
+
+    QTemporaryDir dir;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::SystemScope, dir.path());
+    QSettings(QSettings::NativeFormat, QSettings::SystemScope, "Org", "App").setValue("Group/Key", 7);
+    QCOMPARE(ZOPlatform::machineSetting("Org", "App", "Group", "Key").toInt(), 7);
+    QVERIFY(!ZOPlatform::machineSetting("Org", "App", "Other", "Key").isValid());
+
+    qputenv("ZO_TEST_FOLDER", "/data/x");
+    QCOMPARE(ZOPlatform::environmentFolder("ZO_TEST_FOLDER"), QStringLiteral("/data/x"));
+    qunsetenv("ZO_TEST_FOLDER");
+    QCOMPARE(ZOPlatform::environmentFolder("ZO_TEST_FOLDER"), QDir::homePath());
+    qunsetenv("ALLUSERSPROFILE");
+    qunsetenv("APPDATA");
+    QCOMPARE(ZOPlatform::environmentFolder("ALLUSERSPROFILE"),
+             QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
+    QCOMPARE(ZOPlatform::environmentFolder("APPDATA"),
+             QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation));
 }
 
 void TestGeneralUtilities::dateStamps()

@@ -47,259 +47,250 @@ class TestCZOSLog : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
-    void init();
-    void cleanup();
-    void sessionWrittenByteForByte();
-    void entries_data();
-    void entries();
-    void deferredPathNeedsTheHandler();
-    void activityWindowAndStatusBar();
-    void rotation_data();
-    void rotation();
-    void unopenableFileWritesNothing_data();
-    void unopenableFileWritesNothing();
-    void toolkitMessages();
-    void userStatistics();
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        QVERIFY(CZOSLogEventHandler::install());
+    }
+
+    void init()
+    {
+        m_dir.reset(new QTemporaryDir);
+        qputenv("ZO_DATA_ROOT", m_dir->path().toLocal8Bit() + '/');
+        zoSetPreferenceHooks(ZOPreferenceHooks());
+        // The repeat check spans logs; leave a text no test uses as the last one.
+        CZOSLog(QStringLiteral("reset")).log(QUuid::createUuid().toString(), QString(), 0, QString(), 1, true);
+    }
+
+    void cleanup()
+    {
+        closeLog();
+        QVERIFY(!getLogObject());
+    }
+
+    void sessionWrittenByteForByte()
+    {
+        QCOMPARE(beginLog(QStringLiteral("Test")), 1);
+        CZOSLog *log = getLogObject();
+        QCOMPARE(log->location(), LOG_TO_FILE_AND_WINDOW);
+        QVERIFY(!QFile::exists(path("zoactivity.log"))); // opened by the first entry
+        log->log(QStringLiteral("Acquisition started"), QStringLiteral("a.cpp"), 1, QStringLiteral("9:99"), 1, true);
+        log->log(QStringLiteral("Filter wheel slow"), QString(), 2, QString(), 2, true);
+        log->log(QStringLiteral("Camera lost"), QString(), 3, QString(), 3, true);
+        log->log(QStringLiteral("Ünïcode µ"), QString(), 4, QString(), 1, true);
+        QVERIFY(readAll(path("zoactivity.log")).endsWith("\tÜnïcode µ\r\n")); // flushed per entry
+        closeLog();
+        const QString session = kHeader
+                                + QStringLiteral("T\tAcquisition started\r\nT\tWarning > Filter wheel slow\r\n"
+                                                 "T\tError   > Camera lost\r\nT\tÜnïcode µ\r\n")
+                                + summary(1, 1);
+        const QByteArray bytes = readAll(path("zoactivity.log"));
+        QCOMPARE(bytes.count('\n'), bytes.count("\r\n"));
+        QCOMPARE(normalised(bytes), session);
+
+        // The next session appends its own header.
+        QCOMPARE(beginLog(QStringLiteral("Test")), 1);
+        getLogObject()->log(QStringLiteral("again"), QString(), 1, QString(), 1, true);
+        closeLog();
+        QCOMPARE(normalised(readAll(path("zoactivity.log"))), session + kHeader + QStringLiteral("T\tagain\r\n") + summary(0, 0));
+    }
+
+    void entries_data()
+    {
+        QTest::addColumn<QStringList>("messages");
+        QTest::addColumn<QList<long>>("types");
+        QTest::addColumn<QString>("written");
+        QTest::addColumn<int>("warnings");
+        QTest::addColumn<int>("errors");
+        QTest::addColumn<bool>("userHook");
+
+        const QList<long> info{1, 1, 1};
+        QTest::newRow("repeat differing in case dropped") << QStringList{"Door open", "DOOR OPEN", "door open"} << info
+                                                          << "T\tDoor open\r\n" << 0 << 0 << false;
+        QTest::newRow("repeat of an earlier message kept") << QStringList{"a", "b", "A"} << info
+                                                           << "T\ta\r\nT\tb\r\nT\tA\r\n" << 0 << 0 << false;
+        QTest::newRow("empty message neither written nor counted") << QStringList{"", "x", ""} << QList<long>{3, 1, 3}
+                                                                   << "T\tx\r\n" << 0 << 0 << false;
+        QTest::newRow("level 0 and unknown levels read as information")
+            << QStringList{"a", "b", "c"} << QList<long>{0, 7, 0x21} << "T\ta\r\nT\tb\r\nT\tc\r\n" << 0 << 0 << false;
+        QTest::newRow("status-bar bit keeps the level") << QStringList{"w", "i", "e"} << QList<long>{0x12, 0x11, 0x13}
+                                                        << "T\tWarning > w\r\nT\ti\r\nT\tError   > e\r\n" << 1 << 1 << false;
+        QTest::newRow("logout line comes from the user hook")
+            << QStringList{} << QList<long>{} << "T\t>>JD Logged OUT<< Session Lasted: 0:12:05\r\n" << 0 << 0 << true;
+    }
+
+    void entries()
+    {
+        QFETCH(QStringList, messages);
+        QFETCH(QList<long>, types);
+        QFETCH(QString, written);
+        QFETCH(int, warnings);
+        QFETCH(int, errors);
+        QFETCH(bool, userHook);
+        if (userHook) {
+            ZOPreferenceHooks hooks;
+            hooks.activeUserSession = hookUser;
+            zoSetPreferenceHooks(hooks);
+        }
+        QCOMPARE(beginLog(QStringLiteral("Test")), 1);
+        for (int i = 0; i < messages.size(); ++i)
+            getLogObject()->log(messages[i], QString(), i, QString(), types[i], true);
+        QCOMPARE(getLogObject()->warnings(), warnings);
+        QCOMPARE(getLogObject()->errors(), errors);
+        closeLog();
+        QCOMPARE(normalised(readAll(path("zoactivity.log"))), kHeader + written + summary(errors, warnings));
+    }
+
+    void deferredPathNeedsTheHandler()
+    {
+        QCOMPARE(beginLog(QStringLiteral("Test")), 1);
+        CZOSLog *log = getLogObject();
+        log->log(QStringLiteral("posted"), QString(), 1, QString(), 2);
+        log->log(QStringLiteral("POSTED"), QString(), 1, QString(), 2); // still a repeat when it arrives
+        errorLog(QStringLiteral("through errorLog"), QStringLiteral("unused.cpp"), 9, QStringLiteral("unused"), 3);
+        QCOMPARE(log->messageCount(), 0);
+        QCoreApplication::processEvents();
+        QCOMPARE(log->messageCount(), 2);
+
+        CZOSLogEventHandler::uninstall();
+        log->log(QStringLiteral("nobody handles this"), QString(), 1, QString(), 1);
+        QCoreApplication::processEvents();
+        QVERIFY(CZOSLogEventHandler::install());
+        log->log(QStringLiteral("queued at the close"), QString(), 1, QString(), 1);
+        closeLog();
+        QCOMPARE(normalised(readAll(path("zoactivity.log"))),
+                 kHeader + QStringLiteral("T\tWarning > posted\r\nT\tError   > through errorLog\r\n"
+                                          "T\tqueued at the close\r\n") + summary(1, 1));
+    }
+
+    void activityWindowAndStatusBar()
+    {
+        CZOSLog log(QStringLiteral("Test"));
+        log.beginLog(path("zoactivity.log"), LOG_TO_WINDOW);
+        QSignalSpy activity(&log, &CZOSLog::activityMessage);
+        QSignalSpy status(&log, &CZOSLog::statusBarMessage);
+        log.log(QStringLiteral("first"), QStringLiteral("C:\\src\\zo\\acquire.cpp"), 42, QString(), 2, true);
+        log.log(QStringLiteral("second"), QStringLiteral("plain.cpp"), 7, QString(), 0x11, true);
+        log.log(QStringLiteral("third"), QString(), 8, QString(), 3, true);
+
+        QCOMPARE(activity.count(), 3);
+        QCOMPARE(activity.at(0).mid(0, 3), (QList<QVariant>{"1", "Warning", "first"}));
+        QCOMPARE(activity.at(0).mid(4), (QList<QVariant>{"acquire.cpp", "42"}));
+        QCOMPARE(activity.at(1).mid(0, 2), (QList<QVariant>{"2", "Information"}));
+        QCOMPARE(status.count(), 2);
+        QCOMPARE(status.at(1).at(0).toString(), QStringLiteral("third"));
+        QVERIFY(!QFile::exists(path("zoactivity.log"))); // window only
+        // A new file name closes the open file; the next entry goes to the new one.
+        log.beginLog(path("first.log"), LOG_TO_FILE);
+        log.log(QStringLiteral("to first"), QString(), 9, QString(), 1, true);
+        log.beginLog(path("second.log"), LOG_TO_FILE);
+        log.log(QStringLiteral("to second"), QString(), 10, QString(), 1, true);
+        QVERIFY(readAll(path("first.log")).endsWith("\tto first\r\n") && readAll(path("second.log")).endsWith("\tto second\r\n"));
+    }
+
+    void rotation_data()
+    {
+        QTest::addColumn<int>("oldSize");
+        QTest::addColumn<bool>("backupIsFolder");
+        QTest::newRow("204800 bytes kept") << 204800 << false;
+        QTest::newRow("204801 bytes moved to the backup") << 204801 << false;
+        QTest::newRow("backup cannot be removed: log restarts anyway") << 204801 << true;
+    }
+
+    void rotation()
+    {
+        QFETCH(int, oldSize);
+        QFETCH(bool, backupIsFolder);
+        const QByteArray old(oldSize, 'o');
+        QFile f(path("zoactivity.log"));
+        QVERIFY(f.open(QIODevice::WriteOnly) && f.write(old) == oldSize);
+        f.close();
+        if (backupIsFolder)
+            QVERIFY(QDir(m_dir->path()).mkpath(QStringLiteral("zoactivity.bak/inside")));
+        QCOMPARE(beginLog(QStringLiteral("Test")), 1);
+        getLogObject()->log(QStringLiteral("new"), QString(), 1, QString(), 1, true);
+        closeLog();
+
+        const QByteArray now = readAll(path("zoactivity.log"));
+        const bool rotated = oldSize > 204800;
+        QCOMPARE(now.startsWith(old), !rotated);
+        QCOMPARE(normalised(now.mid(rotated ? 0 : oldSize)), kHeader + QStringLiteral("T\tnew\r\n") + summary(0, 0));
+        if (rotated && !backupIsFolder)
+            QCOMPARE(readAll(path("zoactivity.bak")), old);
+        QCOMPARE(QFileInfo(path("zoactivity.bak")).isDir(), backupIsFolder);
+    }
+
+    void unopenableFileWritesNothing_data()
+    {
+        QTest::addColumn<QString>("relativePath");
+        QTest::addColumn<bool>("makeFolder");
+        QTest::newRow("a folder in the file's place") << "zoactivity.log" << true;
+        QTest::newRow("a missing folder") << "missing/zoactivity.log" << false;
+        QTest::newRow("statistics log cannot start: no file at all") << "zouserstats.csv" << true;
+    }
+
+    void unopenableFileWritesNothing()
+    {
+        QFETCH(QString, relativePath);
+        QFETCH(bool, makeFolder);
+        if (makeFolder)
+            QVERIFY(QDir(m_dir->path()).mkdir(relativePath));
+        const bool started = beginLog(QStringLiteral("Test"));
+        CZOSLog *log = getLogObject();
+        QVERIFY(log);
+        QCOMPARE(started, relativePath != QLatin1String("zouserstats.csv"));
+        QCOMPARE(log->location(), started ? LOG_TO_FILE_AND_WINDOW : LOG_TO_FILE);
+        if (started)
+            log->beginLog(m_dir->filePath(relativePath), LOG_TO_FILE);
+        QCOMPARE(beginLog(QStringLiteral("Second")), 0); // one log at a time
+        log->log(QStringLiteral("goes nowhere"), QString(), 1, QString(), 2, true);
+        QCOMPARE(log->warnings(), 1);
+        closeLog();
+        QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), started ? QStringList{"zouserstats.csv"} : QStringList());
+    }
+
+    void toolkitMessages()
+    {
+        QCOMPARE(beginLog(QStringLiteral("Test")), 1);
+        QSignalSpy status(getLogObject(), &CZOSLog::statusBarMessage);
+        const QtMessageHandler previous = installZOSMessageHandler();
+        qWarning("stage limit reached");
+        qDebug("debug note");
+        qCritical("controller gone");
+        ZOSMessageHandler(QtFatalMsg, "fatal but harmless");
+        qInstallMessageHandler(previous);
+        QCoreApplication::processEvents();
+        QCOMPARE(status.count(), 3);
+        QCOMPARE(status.at(0).at(0).toString(), QStringLiteral("QT -> debug note"));
+        closeLog();
+        QCOMPARE(normalised(readAll(path("zoactivity.log"))),
+                 kHeader
+                     + QStringLiteral("T\tWarning > QT -> stage limit reached\r\nT\tQT -> debug note\r\n"
+                                      "T\tError   > QT -> controller gone\r\nT\tQT -> fatal but harmless\r\n")
+                     + summary(1, 1));
+    }
+
+    void userStatistics()
+    {
+        QVERIFY(beginUserStatLogging());
+        updateUserStats(QStringLiteral("JD"));
+        updateUserStats(QStringLiteral("JD")); // already logged in
+        updateUserStats(QStringLiteral("Smith, A"));
+        closeUserStatLogging();
+        updateUserStats(QStringLiteral("late")); // not started: ignored
+        QVERIFY(beginUserStatLogging());         // a later start keeps the rows, without a second header
+        closeUserStatLogging();
+
+        QString rows = QString::fromUtf8(readAll(userStatsFileName()));
+        rows.replace(QRegularExpression(QStringLiteral(",\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d,(0|1)?")), QStringLiteral(",<time>,"));
+        QCOMPARE(rows, QStringLiteral("Event,User,Time,Session Seconds\r\nlogin,JD,<time>,\r\nlogout,JD,<time>,\r\n"
+                                      "login,\"Smith, A\",<time>,\r\nlogout,\"Smith, A\",<time>,\r\n"));
+    }
 
 private:
     QString path(const char *name) const { return m_dir->filePath(QLatin1String(name)); }
     QScopedPointer<QTemporaryDir> m_dir;
 };
-
-void TestCZOSLog::initTestCase()
-{
-    QStandardPaths::setTestModeEnabled(true);
-    QVERIFY(CZOSLogEventHandler::install());
-}
-
-void TestCZOSLog::init()
-{
-    m_dir.reset(new QTemporaryDir);
-    qputenv("ZO_DATA_ROOT", m_dir->path().toLocal8Bit() + '/');
-    zoSetPreferenceHooks(ZOPreferenceHooks());
-    // The repeat check spans logs; leave a text no test uses as the last one.
-    CZOSLog(QStringLiteral("reset")).log(QUuid::createUuid().toString(), QString(), 0, QString(), 1, true);
-}
-
-void TestCZOSLog::cleanup()
-{
-    closeLog();
-    QVERIFY(!getLogObject());
-}
-
-void TestCZOSLog::sessionWrittenByteForByte()
-{
-    QCOMPARE(beginLog(QStringLiteral("Test")), 1);
-    CZOSLog *log = getLogObject();
-    QCOMPARE(log->location(), LOG_TO_FILE_AND_WINDOW);
-    QVERIFY(!QFile::exists(path("zoactivity.log"))); // opened by the first entry
-    log->log(QStringLiteral("Acquisition started"), QStringLiteral("a.cpp"), 1, QStringLiteral("9:99"), 1, true);
-    log->log(QStringLiteral("Filter wheel slow"), QString(), 2, QString(), 2, true);
-    log->log(QStringLiteral("Camera lost"), QString(), 3, QString(), 3, true);
-    log->log(QStringLiteral("Ünïcode µ"), QString(), 4, QString(), 1, true);
-    QVERIFY(readAll(path("zoactivity.log")).endsWith("\tÜnïcode µ\r\n")); // flushed per entry
-    closeLog();
-    const QString session = kHeader
-                            + QStringLiteral("T\tAcquisition started\r\nT\tWarning > Filter wheel slow\r\n"
-                                             "T\tError   > Camera lost\r\nT\tÜnïcode µ\r\n")
-                            + summary(1, 1);
-    const QByteArray bytes = readAll(path("zoactivity.log"));
-    QCOMPARE(bytes.count('\n'), bytes.count("\r\n"));
-    QCOMPARE(normalised(bytes), session);
-
-    // The next session appends its own header.
-    QCOMPARE(beginLog(QStringLiteral("Test")), 1);
-    getLogObject()->log(QStringLiteral("again"), QString(), 1, QString(), 1, true);
-    closeLog();
-    QCOMPARE(normalised(readAll(path("zoactivity.log"))), session + kHeader + QStringLiteral("T\tagain\r\n") + summary(0, 0));
-}
-
-void TestCZOSLog::entries_data()
-{
-    QTest::addColumn<QStringList>("messages");
-    QTest::addColumn<QList<long>>("types");
-    QTest::addColumn<QString>("written");
-    QTest::addColumn<int>("warnings");
-    QTest::addColumn<int>("errors");
-    QTest::addColumn<bool>("userHook");
-
-    const QList<long> info{1, 1, 1};
-    QTest::newRow("repeat differing in case dropped") << QStringList{"Door open", "DOOR OPEN", "door open"} << info
-                                                      << "T\tDoor open\r\n" << 0 << 0 << false;
-    QTest::newRow("repeat of an earlier message kept") << QStringList{"a", "b", "A"} << info
-                                                       << "T\ta\r\nT\tb\r\nT\tA\r\n" << 0 << 0 << false;
-    QTest::newRow("empty message neither written nor counted") << QStringList{"", "x", ""} << QList<long>{3, 1, 3}
-                                                               << "T\tx\r\n" << 0 << 0 << false;
-    QTest::newRow("level 0 and unknown levels read as information")
-        << QStringList{"a", "b", "c"} << QList<long>{0, 7, 0x21} << "T\ta\r\nT\tb\r\nT\tc\r\n" << 0 << 0 << false;
-    QTest::newRow("status-bar bit keeps the level") << QStringList{"w", "i", "e"} << QList<long>{0x12, 0x11, 0x13}
-                                                    << "T\tWarning > w\r\nT\ti\r\nT\tError   > e\r\n" << 1 << 1 << false;
-    QTest::newRow("logout line comes from the user hook")
-        << QStringList{} << QList<long>{} << "T\t>>JD Logged OUT<< Session Lasted: 0:12:05\r\n" << 0 << 0 << true;
-}
-
-void TestCZOSLog::entries()
-{
-    QFETCH(QStringList, messages);
-    QFETCH(QList<long>, types);
-    QFETCH(QString, written);
-    QFETCH(int, warnings);
-    QFETCH(int, errors);
-    QFETCH(bool, userHook);
-    if (userHook) {
-        ZOPreferenceHooks hooks;
-        hooks.activeUserSession = hookUser;
-        zoSetPreferenceHooks(hooks);
-    }
-    QCOMPARE(beginLog(QStringLiteral("Test")), 1);
-    for (int i = 0; i < messages.size(); ++i)
-        getLogObject()->log(messages[i], QString(), i, QString(), types[i], true);
-    QCOMPARE(getLogObject()->warnings(), warnings);
-    QCOMPARE(getLogObject()->errors(), errors);
-    closeLog();
-    QCOMPARE(normalised(readAll(path("zoactivity.log"))), kHeader + written + summary(errors, warnings));
-}
-
-void TestCZOSLog::deferredPathNeedsTheHandler()
-{
-    QCOMPARE(beginLog(QStringLiteral("Test")), 1);
-    CZOSLog *log = getLogObject();
-    log->log(QStringLiteral("posted"), QString(), 1, QString(), 2);
-    log->log(QStringLiteral("POSTED"), QString(), 1, QString(), 2); // still a repeat when it arrives
-    errorLog(QStringLiteral("through errorLog"), QStringLiteral("unused.cpp"), 9, QStringLiteral("unused"), 3);
-    QCOMPARE(log->messageCount(), 0);
-    QCoreApplication::processEvents();
-    QCOMPARE(log->messageCount(), 2);
-
-    CZOSLogEventHandler::uninstall();
-    log->log(QStringLiteral("nobody handles this"), QString(), 1, QString(), 1);
-    QCoreApplication::processEvents();
-    QVERIFY(CZOSLogEventHandler::install());
-    log->log(QStringLiteral("queued at the close"), QString(), 1, QString(), 1);
-    closeLog();
-    QCOMPARE(normalised(readAll(path("zoactivity.log"))),
-             kHeader + QStringLiteral("T\tWarning > posted\r\nT\tError   > through errorLog\r\n"
-                                      "T\tqueued at the close\r\n") + summary(1, 1));
-}
-
-void TestCZOSLog::activityWindowAndStatusBar()
-{
-    CZOSLog log(QStringLiteral("Test"));
-    log.beginLog(path("zoactivity.log"), LOG_TO_WINDOW);
-    QSignalSpy activity(&log, &CZOSLog::activityMessage);
-    QSignalSpy status(&log, &CZOSLog::statusBarMessage);
-    log.log(QStringLiteral("first"), QStringLiteral("C:\\src\\zo\\acquire.cpp"), 42, QString(), 2, true);
-    log.log(QStringLiteral("second"), QStringLiteral("plain.cpp"), 7, QString(), 0x11, true);
-    log.log(QStringLiteral("third"), QString(), 8, QString(), 3, true);
-
-    QCOMPARE(activity.count(), 3);
-    QCOMPARE(activity.at(0).mid(0, 3), (QList<QVariant>{"1", "Warning", "first"}));
-    QCOMPARE(activity.at(0).mid(4), (QList<QVariant>{"acquire.cpp", "42"}));
-    QCOMPARE(activity.at(1).mid(0, 2), (QList<QVariant>{"2", "Information"}));
-    QCOMPARE(status.count(), 2);
-    QCOMPARE(status.at(1).at(0).toString(), QStringLiteral("third"));
-    QVERIFY(!QFile::exists(path("zoactivity.log"))); // window only
-}
-
-void TestCZOSLog::rotation_data()
-{
-    QTest::addColumn<int>("oldSize");
-    QTest::addColumn<bool>("backupIsFolder");
-    QTest::newRow("204800 bytes kept") << 204800 << false;
-    QTest::newRow("204801 bytes moved to the backup") << 204801 << false;
-    QTest::newRow("backup cannot be removed: log restarts anyway") << 204801 << true;
-}
-
-void TestCZOSLog::rotation()
-{
-    QFETCH(int, oldSize);
-    QFETCH(bool, backupIsFolder);
-    const QByteArray old(oldSize, 'o');
-    QFile f(path("zoactivity.log"));
-    QVERIFY(f.open(QIODevice::WriteOnly) && f.write(old) == oldSize);
-    f.close();
-    if (backupIsFolder)
-        QVERIFY(QDir(m_dir->path()).mkpath(QStringLiteral("zoactivity.bak/inside")));
-    QCOMPARE(beginLog(QStringLiteral("Test")), 1);
-    getLogObject()->log(QStringLiteral("new"), QString(), 1, QString(), 1, true);
-    closeLog();
-
-    const QByteArray now = readAll(path("zoactivity.log"));
-    const bool rotated = oldSize > 204800;
-    QCOMPARE(now.startsWith(old), !rotated);
-    QCOMPARE(normalised(now.mid(rotated ? 0 : oldSize)), kHeader + QStringLiteral("T\tnew\r\n") + summary(0, 0));
-    if (rotated && !backupIsFolder)
-        QCOMPARE(readAll(path("zoactivity.bak")), old);
-    QCOMPARE(QFileInfo(path("zoactivity.bak")).isDir(), backupIsFolder);
-}
-
-void TestCZOSLog::unopenableFileWritesNothing_data()
-{
-    QTest::addColumn<QString>("relativePath");
-    QTest::addColumn<bool>("makeFolder");
-    QTest::newRow("a folder in the file's place") << "zoactivity.log" << true;
-    QTest::newRow("a missing folder") << "missing/zoactivity.log" << false;
-    QTest::newRow("statistics log cannot start: no file at all") << "zouserstats.csv" << true;
-}
-
-void TestCZOSLog::unopenableFileWritesNothing()
-{
-    QFETCH(QString, relativePath);
-    QFETCH(bool, makeFolder);
-    if (makeFolder)
-        QVERIFY(QDir(m_dir->path()).mkdir(relativePath));
-    const bool started = beginLog(QStringLiteral("Test"));
-    CZOSLog *log = getLogObject();
-    QVERIFY(log);
-    QCOMPARE(started, relativePath != QLatin1String("zouserstats.csv"));
-    QCOMPARE(log->location(), started ? LOG_TO_FILE_AND_WINDOW : LOG_TO_FILE);
-    if (started)
-        log->beginLog(m_dir->filePath(relativePath), LOG_TO_FILE);
-    QCOMPARE(beginLog(QStringLiteral("Second")), 0); // one log at a time
-    log->log(QStringLiteral("goes nowhere"), QString(), 1, QString(), 2, true);
-    QCOMPARE(log->warnings(), 1);
-    closeLog();
-    QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), started ? QStringList{"zouserstats.csv"} : QStringList());
-}
-
-void TestCZOSLog::toolkitMessages()
-{
-    QCOMPARE(beginLog(QStringLiteral("Test")), 1);
-    QSignalSpy status(getLogObject(), &CZOSLog::statusBarMessage);
-    const QtMessageHandler previous = installZOSMessageHandler();
-    qWarning("stage limit reached");
-    qDebug("debug note");
-    qCritical("controller gone");
-    ZOSMessageHandler(QtFatalMsg, "fatal but harmless");
-    qInstallMessageHandler(previous);
-    QCoreApplication::processEvents();
-    QCOMPARE(status.count(), 3);
-    QCOMPARE(status.at(0).at(0).toString(), QStringLiteral("QT -> debug note"));
-    closeLog();
-    QCOMPARE(normalised(readAll(path("zoactivity.log"))),
-             kHeader
-                 + QStringLiteral("T\tWarning > QT -> stage limit reached\r\nT\tQT -> debug note\r\n"
-                                  "T\tError   > QT -> controller gone\r\nT\tQT -> fatal but harmless\r\n")
-                 + summary(1, 1));
-}
-
-void TestCZOSLog::userStatistics()
-{
-    QVERIFY(beginUserStatLogging());
-    updateUserStats(QStringLiteral("JD"));
-    updateUserStats(QStringLiteral("JD")); // already logged in
-    updateUserStats(QStringLiteral("Smith, A"));
-    closeUserStatLogging();
-    updateUserStats(QStringLiteral("late")); // not started: ignored
-    QVERIFY(beginUserStatLogging());         // a later start keeps the rows, without a second header
-    closeUserStatLogging();
-
-    QString rows = QString::fromUtf8(readAll(userStatsFileName()));
-    rows.replace(QRegularExpression(QStringLiteral(",\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d,(0|1)?")), QStringLiteral(",<time>,"));
-    QCOMPARE(rows, QStringLiteral("Event,User,Time,Session Seconds\r\nlogin,JD,<time>,\r\nlogout,JD,<time>,\r\n"
-                                  "login,\"Smith, A\",<time>,\r\nlogout,\"Smith, A\",<time>,\r\n"));
-}
 
 QTEST_MAIN(TestCZOSLog)
 #include "tst_czoslog.moc"
