@@ -68,7 +68,8 @@ private slots:
             const bool valid = !s.isEmpty() && qint64(s.width()) * s.height() <= CILImage::MaxPixelCount;
             CILImage image = pattern(2, 3);
             QCOMPARE(image.allocate(s.width(), s.height()), valid);
-            image.setImageStats(1, 2, 3 * quint64(image.getPixelCount())); // ignored by a null image
+            if (!valid)
+                image.setImageStats(1, 2, 3); // ignored by a null image
             QCOMPARE(image.getPixelCount(), valid ? qint64(s.width()) * s.height() : 0);
             QVERIFY(same(CILImage(s.width(), s.height()), image) && image.isNull() == !valid && image.getMean() == 0);
         }
