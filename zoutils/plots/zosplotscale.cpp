@@ -103,6 +103,20 @@ ZOSPlotRanges zosDetermineRanges(const ZOSPlotExtent &extent, bool yFloor)
     return r;
 }
 
+ZOSPlotRanges zosViewRanges(const ZOSPlotExtent &extent, double xMin, double xMax, double yMin, double yMax)
+{
+    ZOSPlotRanges r;
+    r.extent = extent;
+    getNiceRangeForDisplay(xMin, xMax, ZOS_PLOT_MAX_TICKS, &r.xRange);
+    getNiceRangeForDisplay(yMin, yMax, ZOS_PLOT_MAX_TICKS, &r.yRange);
+    r.xDisplayMin = xMin;
+    r.xDisplayMax = xMax;
+    r.yDisplayMin = yMin;
+    r.yDisplayMax = yMax;
+    r.drawable = xMax - xMin >= 1e-12 && yMax - yMin >= 1e-12;
+    return r;
+}
+
 ZOSAxisMap::ZOSAxisMap(double displayMin, double displayMax, bool reversed, double pixelOrigin, double pixelLength)
 {
     if (reversed) {
@@ -146,9 +160,14 @@ double zosLabelStep(double span, int pixels, double labelPixels, double tickStep
     return std::max(1.0, std::ceil(labelUnits / tickStep - 1e-9)) * tickStep;
 }
 
-QVector<double> zosLabelValues(double displayMin, double displayMax, double step, bool reversed)
+QVector<double> zosLabelValues(double displayMin, double displayMax, double step, bool reversed, bool aligned)
 {
     QVector<double> values;
+    if (aligned && step > 0.0) {
+        const double first = std::ceil(displayMin / step - 1e-9) * step;
+        const double last = std::floor(displayMax / step + 1e-9) * step;
+        return first <= last ? zosLabelValues(first, last, step, reversed) : values;
+    }
     const double span = displayMax - displayMin;
     if (!(step > 0.0) || !(span >= 0.0) || !std::isfinite(span)) {
         return values;
@@ -446,14 +465,14 @@ ZOSPlotMargins zosGLMargins(const ZOSGLLayoutInput &in)
         m.right = 40;
         m.bottom = 30;
         m.top = in.legendShown ? 50 : textHeight + 2 * (textHeight + 2);
-        return m;
-    }
-    m.left = 35;
-    m.right = zosUsesExponentFactor(in.xExponent) ? 40 : 15;
-    m.bottom = in.xLabelEmpty ? 20 : 30;
-    m.top = in.legendShown ? 50 : textHeight + 5;
-    if (zosUsesExponentFactor(in.yExponent)) {
-        m.top = 50;
+    } else {
+        m.left = 35;
+        m.right = zosUsesExponentFactor(in.xExponent) ? 40 : 15;
+        m.bottom = in.xLabelEmpty ? 20 : 30;
+        m.top = in.legendShown ? 50 : textHeight + 5;
+        if (zosUsesExponentFactor(in.yExponent)) {
+            m.top = 50;
+        }
     }
     return m;
 }
