@@ -445,8 +445,12 @@ void CZOSPlotCore::calculateLayout()
 
 QRect CZOSPlotCore::plotArea() const
 {
-    return QRect(m_oMargins.left, m_oMargins.top, m_nWidth - m_oMargins.left - m_oMargins.right,
-                 m_nHeight - m_oMargins.top - m_oMargins.bottom);
+    // The GL plot mirrors its whole window along a reversed axis, margins included.
+    const bool gl = m_eLayout == EZOSPlotLayout::Margins;
+    const ZOSPlotMargins &m = m_oMargins;
+    const int left = gl && m_bXAxisReversed ? m.right : m.left;
+    const int top = gl && m_bYAxisReversed ? m.bottom : m.top;
+    return QRect(left, top, m_nWidth - m.left - m.right, m_nHeight - m.top - m.bottom);
 }
 
 ZOSPlotMargins CZOSPlotCore::getMargins()
@@ -470,7 +474,7 @@ ZOSAxisMap CZOSPlotCore::xMap() const
 ZOSAxisMap CZOSPlotCore::yMap() const
 {
     const QRect a = plotArea();
-    return ZOSAxisMap(m_dYDisplayMin, m_dYDisplayMax, m_bYAxisReversed, m_nHeight - m_oMargins.bottom, -a.height());
+    return ZOSAxisMap(m_dYDisplayMin, m_dYDisplayMax, m_bYAxisReversed, a.top() + a.height(), -a.height());
 }
 
 ZOSAxisMap CZOSPlotCore::reductionMap() const

@@ -131,6 +131,7 @@ bool CZOSPlotInteraction::mousePress(QMouseEvent *event)
         }
         m_pRubberBand->setGeometry(QRect(m_oBandStart, QSize()));
         m_pRubberBand->show();
+        m_bBanding = true;
         return true;
     }
     if (event->button() == Qt::MiddleButton || (event->button() == Qt::LeftButton && (mods & Qt::ControlModifier))) {
@@ -144,7 +145,7 @@ bool CZOSPlotInteraction::mousePress(QMouseEvent *event)
 
 bool CZOSPlotInteraction::mouseMove(QMouseEvent *event)
 {
-    if (m_pRubberBand && m_pRubberBand->isVisible()) {
+    if (m_bBanding) {
         m_pRubberBand->setGeometry(QRect(m_oBandStart, event->pos()).normalized());
         return true;
     }
@@ -158,7 +159,8 @@ bool CZOSPlotInteraction::mouseMove(QMouseEvent *event)
 
 bool CZOSPlotInteraction::mouseRelease(QMouseEvent *event)
 {
-    if (m_pRubberBand && m_pRubberBand->isVisible()) {
+    if (m_bBanding) {
+        m_bBanding = false;
         m_pRubberBand->hide();
         m_pCore->zoomToRect(QRectF(m_oBandStart, event->pos()));
         return true;

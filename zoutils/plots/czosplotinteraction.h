@@ -71,5 +71,6 @@ private:
     QRubberBand *m_pRubberBand = nullptr;
     QPoint m_oBandStart;
     QPoint m_oPanLast;
+    bool m_bBanding = false;
     bool m_bPanning = false;
 };

@@ -212,11 +212,12 @@ void CZOSPlotPainter::drawErrorBars(QPainter &painter, const CZOSPlotCore &core)
             if (!std::isfinite(x) || !std::isfinite(y)) {
                 continue;
             }
-            if (i < line->nXErrors && std::isfinite(line->xErrors[i])) {
+            // GL draws nothing for a zero-length bar; QPainter would draw a dot.
+            if (i < line->nXErrors && std::isfinite(line->xErrors[i]) && line->xErrors[i] != 0.0) {
                 bars.append(QLineF(xm.toPixel(x - line->xErrors[i]), ym.toPixel(y), xm.toPixel(x + line->xErrors[i]),
                                    ym.toPixel(y)));
             }
-            if (i < line->nYErrors && std::isfinite(line->yErrors[i])) {
+            if (i < line->nYErrors && std::isfinite(line->yErrors[i]) && line->yErrors[i] != 0.0) {
                 bars.append(QLineF(xm.toPixel(x), ym.toPixel(y - line->yErrors[i]), xm.toPixel(x),
                                    ym.toPixel(y + line->yErrors[i])));
             }

@@ -474,5 +474,12 @@ ZOSPlotMargins zosGLMargins(const ZOSGLLayoutInput &in)
             m.top = 50;
         }
     }
+    // An X label needs a row of its own below the tick labels: the 7-pixel
+    // tick, a line of tick labels, then the label's ascent over its baseline
+    // 2 pixels above the edge. 30 pixels cannot hold both at this library's
+    // default font, and the label ran into the tick labels and the exponent.
+    if (!in.xLabelEmpty) {
+        m.bottom = std::max(m.bottom, 2 * in.fontAscent + in.fontDescent + 8);
+    }
     return m;
 }
