@@ -105,7 +105,14 @@ void CZOSGLXYPlot::paintGL()
     if (isDrawable()) {
         glLineWidth(1.0f);
         drawAxes();
+        // A zoomed view cuts through the data; the automatic one holds it all.
+        if (isZoomed()) {
+            const QRect a = plotArea();
+            glEnable(GL_SCISSOR_TEST);
+            glScissor(a.left(), height() - a.top() - a.height() - 1, a.width() + 1, a.height() + 1);
+        }
         drawPlotCurves();
+        glDisable(GL_SCISSOR_TEST);
     }
     // Texts and the legend go over the GL picture in one painter pass. The
     // painter must not swap buffers: the frame is swapped (or grabbed) after paintGL.

@@ -44,11 +44,17 @@ void CZOSPlotPainter::paint(QPainter &painter, CZOSPlotCore &core, int width, in
         drawGridLines(painter, core);
         drawAxes(painter, core);
         drawTexts(painter, core);
+        // A zoomed view cuts through the data; the automatic one holds it all.
+        painter.save();
+        if (core.isZoomed()) {
+            painter.setClipRect(area.adjusted(0, 0, 1, 1));
+        }
         drawPoints(painter, core);
         drawCurves(painter, core);
         if (isGLLook(core)) {
             drawErrorBars(painter, core);
         }
+        painter.restore();
         if (!core.m_sQuvelPlotArea.isEmpty()) {
             core.calculateQuvelPlotArea();
             painter.setPen(Qt::black);
