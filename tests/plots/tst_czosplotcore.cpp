@@ -571,6 +571,13 @@ private slots:
         QVERIFY(core.setView(-1, 1, -2, 2));
         QCOMPARE(displayed(), (V{-1, 1, -2, 2}));
         QCOMPARE(core.getXTickLabels().first(), QString(reversed ? "0.80" : "-0.80")); // every other tick of 0.2
+        // A zoomed view cuts the curve at the plot area's edges.
+        core.showLegend(false);
+        QVERIFY(core.setView(11, 19, 40, 60));
+        const QImage zoomed = core.render();
+        const QRect inside = core.plotArea().adjusted(0, 0, 1, 1);
+        QVERIFY(count(zoomed, Blue, inside) > 0);
+        QCOMPARE(count(zoomed, Blue, zoomed.rect()), count(zoomed, Blue, inside));
         core.clear(); // new data, new automatic range
         QVERIFY(!core.isZoomed());
         core.zoomAt(QPointF(50, 50), 0.5); // nothing to zoom
