@@ -10,7 +10,7 @@ JOBS=$(nproc 2>/dev/null || echo 2)
 export XDG_RUNTIME_DIR=${XDG_RUNTIME_DIR:-/tmp/runtime-$(id -u)}
 mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
 
-BASE_PACKAGES=(cmake make g++ pkg-config qtbase5-dev qtbase5-dev-tools libqt5opengl5-dev
+BASE_PACKAGES=(cmake make g++ pkg-config qtbase5-dev qtbase5-dev-tools libqt5opengl5-dev libqt5svg5-dev
   libtiff-dev libgl1-mesa-dev libglu1-mesa-dev libgl1-mesa-dri xvfb xauth
   libbenchmark-dev fonts-dejavu-core strace)
 CHECK_PACKAGES=(clang libclang-rt-14-dev)

@@ -29,6 +29,8 @@
 #include <QThread>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace {
 
 // Lets deferred log entries and paint events through.
@@ -174,7 +176,20 @@ int main(int argc, char *argv[])
         pump(5);
         // From the screen: a widget grab leaves the GL plot black.
         savePng(screenPicture(window.frameGeometry()), out + QStringLiteral("/window.png"), files);
-        savePng(window.profilePlot()->getPrintImage(), out + QStringLiteral("/profile.png"), files);
+        CZOSXYPlot *profile = window.profilePlot();
+        savePng(profile->getPrintImage(), out + QStringLiteral("/profile.png"), files);
+        for (const QString &name : {QStringLiteral("/profile.svg"), QStringLiteral("/profile.pdf")}) {
+            if (profile->exportPlot(out + name))
+                files << out + name;
+        }
+        // The peak as a rubber band drawn across it shows it, then back to the whole row.
+        const auto peak = std::max_element(result.profileY.cbegin(), result.profileY.cend());
+        if (peak != result.profileY.cend()) {
+            const double x = result.profileX.value(int(peak - result.profileY.cbegin()));
+            profile->setView(x - 80, x + 80, profile->getYDisplayMin(), profile->getYDisplayMax());
+        }
+        savePng(profile->getPrintImage(), out + QStringLiteral("/profile-zoomed.png"), files);
+        profile->restoreAutoRange();
         savePng(window.histogramPlot()->getPrintImage(), out + QStringLiteral("/histogram.png"), files);
         savePng(probeMenuPicture(window.probeCombo()), out + QStringLiteral("/probe-menu.png"), files);
     } else {

@@ -2,6 +2,9 @@ list(APPEND ZO_UTILS_SOURCES
   plots/zosplotdefs.h
   plots/zosplotscale.h plots/zosplotscale.cpp
   plots/zosplotlines.h plots/zosplotlines.cpp
+  plots/czosplotcore.h plots/czosplotcore.cpp plots/czosplotcoreio.cpp
+  plots/czosplotpainter.h plots/czosplotpainter.cpp
+  plots/czosplotinteraction.h plots/czosplotinteraction.cpp
   plots/czosxyplot.h plots/czosxyplot.cpp
   plots/czosglxyplot.h plots/czosglxyplot.cpp
   plots/plots.qrc

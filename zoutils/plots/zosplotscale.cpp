@@ -103,6 +103,20 @@ ZOSPlotRanges zosDetermineRanges(const ZOSPlotExtent &extent, bool yFloor)
     return r;
 }
 
+ZOSPlotRanges zosViewRanges(const ZOSPlotExtent &extent, double xMin, double xMax, double yMin, double yMax)
+{
+    ZOSPlotRanges r;
+    r.extent = extent;
+    getNiceRangeForDisplay(xMin, xMax, ZOS_PLOT_MAX_TICKS, &r.xRange);
+    getNiceRangeForDisplay(yMin, yMax, ZOS_PLOT_MAX_TICKS, &r.yRange);
+    r.xDisplayMin = xMin;
+    r.xDisplayMax = xMax;
+    r.yDisplayMin = yMin;
+    r.yDisplayMax = yMax;
+    r.drawable = xMax - xMin >= 1e-12 && yMax - yMin >= 1e-12;
+    return r;
+}
+
 ZOSAxisMap::ZOSAxisMap(double displayMin, double displayMax, bool reversed, double pixelOrigin, double pixelLength)
 {
     if (reversed) {
@@ -146,9 +160,14 @@ double zosLabelStep(double span, int pixels, double labelPixels, double tickStep
     return std::max(1.0, std::ceil(labelUnits / tickStep - 1e-9)) * tickStep;
 }
 
-QVector<double> zosLabelValues(double displayMin, double displayMax, double step, bool reversed)
+QVector<double> zosLabelValues(double displayMin, double displayMax, double step, bool reversed, bool aligned)
 {
     QVector<double> values;
+    if (aligned && step > 0.0) {
+        const double first = std::ceil(displayMin / step - 1e-9) * step;
+        const double last = std::floor(displayMax / step + 1e-9) * step;
+        return first <= last ? zosLabelValues(first, last, step, reversed) : values;
+    }
     const double span = displayMax - displayMin;
     if (!(step > 0.0) || !(span >= 0.0) || !std::isfinite(span)) {
         return values;
@@ -446,14 +465,21 @@ ZOSPlotMargins zosGLMargins(const ZOSGLLayoutInput &in)
         m.right = 40;
         m.bottom = 30;
         m.top = in.legendShown ? 50 : textHeight + 2 * (textHeight + 2);
-        return m;
+    } else {
+        m.left = 35;
+        m.right = zosUsesExponentFactor(in.xExponent) ? 40 : 15;
+        m.bottom = in.xLabelEmpty ? 20 : 30;
+        m.top = in.legendShown ? 50 : textHeight + 5;
+        if (zosUsesExponentFactor(in.yExponent)) {
+            m.top = 50;
+        }
     }
-    m.left = 35;
-    m.right = zosUsesExponentFactor(in.xExponent) ? 40 : 15;
-    m.bottom = in.xLabelEmpty ? 20 : 30;
-    m.top = in.legendShown ? 50 : textHeight + 5;
-    if (zosUsesExponentFactor(in.yExponent)) {
-        m.top = 50;
+    // An X label needs a row of its own below the tick labels: the 7-pixel
+    // tick, a line of tick labels, then the label's ascent over its baseline
+    // 2 pixels above the edge. 30 pixels cannot hold both at this library's
+    // default font, and the label ran into the tick labels and the exponent.
+    if (!in.xLabelEmpty) {
+        m.bottom = std::max(m.bottom, 2 * in.fontAscent + in.fontDescent + 8);
     }
     return m;
 }

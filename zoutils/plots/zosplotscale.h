@@ -57,6 +57,10 @@ constexpr int ZOS_PLOT_MARGIN = 35;
 // A collapsed X extent starts at 0; a collapsed Y extent or `yFloor` makes the
 // Y range start at 0. Both ranges are rounded to nice numbers.
 ZOUTILS_EXPORT ZOSPlotRanges zosDetermineRanges(const ZOSPlotExtent &extent, bool yFloor);
+// A zoomed view: the displayed ranges are exactly the given ones; the range
+// records (tick step, exponent) are those of the view's nice range.
+ZOUTILS_EXPORT ZOSPlotRanges zosViewRanges(const ZOSPlotExtent &extent, double xMin, double xMax, double yMin,
+                                           double yMax);
 
 // Linear data <-> pixel mapping of one axis: displayMin maps to pixelOrigin
 // and displayMax to pixelOrigin + pixelLength (negative for Y, which grows
@@ -90,8 +94,10 @@ ZOUTILS_EXPORT double zosLabelStep(double span, int pixels, double labelPixels, 
                                    double forcedStep = 0.0);
 // Label values from the displayed minimum to the maximum (from the maximum
 // down when reversed), both ends included when they fall on a step; at most
-// 1000 values.
-ZOUTILS_EXPORT QVector<double> zosLabelValues(double displayMin, double displayMax, double step, bool reversed);
+// 1000 values. `aligned` puts them on whole multiples of the step instead
+// (for a zoomed view, whose ends are arbitrary).
+ZOUTILS_EXPORT QVector<double> zosLabelValues(double displayMin, double displayMax, double step, bool reversed,
+                                              bool aligned = false);
 
 // Curve reduction: appends to `indices` the points of x/y[0 .. count) that a
 // 1-pixel polyline needs, each piece followed by -1. Within each run of
@@ -105,6 +111,9 @@ ZOUTILS_EXPORT QVector<double> zosLabelValues(double displayMin, double displayM
 ZOUTILS_EXPORT int zosReducePolyline(const double *x, const double *y, int count, const ZOSAxisMap &xMap,
                                      bool breakBackwards, bool reduce, QVector<int> &indices,
                                      bool sortedAndFinite = false);
+// Long lines are reduced only when they hold clearly more points than the
+// reduced form (at most four per pixel column) would.
+inline bool zosWorthReducing(int points, int columns) { return points > 4 * (columns > 1 ? columns : 1) + 16; }
 // True when X never decreases and every X and Y is finite.
 ZOUTILS_EXPORT bool zosIsSortedAndFinite(const double *x, const double *y, int count);
 

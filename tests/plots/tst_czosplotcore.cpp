@@ -1,0 +1,888 @@
+// The plot core without a window: range, tick and reduction arithmetic, both
+// layouts, zoom, texts, read-outs, data files, and the QPainter renderer that
+// draws the painted plot and every export.
+#include "czoslog.h"
+#include "czosplotcore.h"
+#include "czosplotpainter.h"
+
+#include <QFile>
+#include <QPainter>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+const double NaN = std::numeric_limits<double>::quiet_NaN();
+const double Inf = std::numeric_limits<double>::infinity();
+using V = QVector<double>;
+using I = QVector<int>;
+
+// A core at a fixed size that counts its repaint requests.
+class Core : public CZOSPlotCore
+{
+public:
+    explicit Core(EZOSPlotLayout layout = EZOSPlotLayout::Inset, QSize size = QSize(270, 270))
+        : CZOSPlotCore(layout)
+        , m_size(size)
+    {
+    }
+    using CZOSPlotCore::addMarkerX;
+    using CZOSPlotCore::addMarkerY;
+    using CZOSPlotCore::getMargins;
+    using CZOSPlotCore::getOrthoWindow;
+    using CZOSPlotCore::getPlotValueString;
+    using CZOSPlotCore::getQuvelPlotArea;
+    using CZOSPlotCore::lineStrips;
+    using CZOSPlotCore::saveCommaSeparated;
+    using CZOSPlotCore::saveData;
+    using CZOSPlotCore::setBackwards;
+    using CZOSPlotCore::setGridType;
+    using CZOSPlotCore::setLowMarginPadding;
+    using CZOSPlotCore::setQuvelPlotArea;
+    using CZOSPlotCore::setQuvelPlotYAxisUnitType;
+    using CZOSPlotCore::setReferenceLinePosX;
+    using CZOSPlotCore::setReferenceLinePosY;
+    using CZOSPlotCore::setReferenceLineX;
+    using CZOSPlotCore::setReferenceLineY;
+    using CZOSPlotCore::setShadedRectangleParams;
+    using CZOSPlotCore::setVisibleShadedRectangle;
+    using CZOSPlotCore::setYAxisFloor;
+    using CZOSPlotCore::toolTipTextAt;
+    using CZOSPlotCore::writeDataToFile;
+    bool add(const QString &name, const V &x, const V &y, const V &ex = {}, const V &ey = {},
+             const DISPLAY_SETTINGS *settings = nullptr, const QStringList &labels = {})
+    {
+        return insertLine(name, x, y, ex, ey, settings, labels, {"0", "45", "90"}, {"n0", "n1", "n2"});
+    }
+    QImage render()
+    {
+        QImage image(m_size, QImage::Format_RGB32);
+        QPainter painter(&image);
+        CZOSPlotPainter::paint(painter, *this, m_size.width(), m_size.height(), Qt::white);
+        return image;
+    }
+    QSize m_size;
+    int m_changes = 0;
+
+protected:
+    void plotChanged() override { ++m_changes; }
+    QSize plotWidgetSize() const override { return m_size; }
+};
+
+QRgb rgb(const QImage &image, int x, int y) { return image.pixel(x, y) & 0xFFFFFF; }
+const QRgb Black = 0, White = 0xFFFFFF, Red = 0xFF0000, Blue = 0x0000FF;
+
+int count(const QImage &image, QRgb colour, const QRect &area)
+{
+    int n = 0;
+    const QRect r = area.intersected(image.rect());
+    for (int y = r.top(); y <= r.bottom(); ++y)
+        for (int x = r.left(); x <= r.right(); ++x)
+            n += rgb(image, x, y) == colour;
+    return n;
+}
+
+// Equal to rounding: ranges that went through pixels.
+bool near(const V &a, const V &b)
+{
+    for (int i = 0; i < a.size(); ++i)
+        if (a.size() != b.size() || std::fabs(a[i] - b[i]) > 1e-9 * std::max(1.0, std::fabs(b[i])))
+            return false;
+    return a.size() == b.size();
+}
+
+ZOSPlotLineView view(const V &x, const V &y, const V &ex = {}, const V &ey = {})
+{
+    return {x.constData(), y.constData(), int(std::min(x.size(), y.size())), ex.isEmpty() ? nullptr : ex.constData(),
+            int(ex.size()),   ey.isEmpty() ? nullptr : ey.constData(),     int(ey.size())};
+}
+} // namespace
+
+class TestPlotCore : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        qputenv("ZO_DATA_ROOT", m_dir.path().toUtf8());
+        QStandardPaths::setTestModeEnabled(true);
+    }
+
+    // ---- arithmetic -----------------------------------------------------------
+
+    void extent_data()
+    {
+        QTest::addColumn<V>("x");
+        QTest::addColumn<V>("y");
+        QTest::addColumn<V>("ex");
+        QTest::addColumn<V>("ey");
+        QTest::addColumn<V>("expected"); // xMin, yMin, xMax, yMax; empty: no extent
+        QTest::newRow("plain") << V{1, 2, 3} << V{5, -1, 4} << V{} << V{} << V{1, -1, 3, 5};
+        QTest::newRow("errors widen") << V{1, 2, 3} << V{5, -1, 4} << V{0.5, 0, 2} << V{1, 1, 1} << V{0.5, -2, 5, 6};
+        QTest::newRow("short error array: first points only") << V{1, 2, 3} << V{0, 0, 0} << V{} << V{10}
+                                                              << V{1, -10, 3, 10};
+        QTest::newRow("NaN and infinite points left out") << V{1, NaN, 3, Inf, 2} << V{1, 100, NaN, 5, 4} << V{}
+                                                          << V{} << V{1, 1, 2, 4};
+        QTest::newRow("non-finite error counts as 0") << V{1, 2} << V{1, 2} << V{NaN, Inf} << V{} << V{1, 1, 2, 2};
+        QTest::newRow("single point") << V{7} << V{3} << V{} << V{} << V{7, 3, 7, 3};
+        QTest::newRow("nothing finite") << V{NaN, Inf} << V{1, 2} << V{} << V{} << V{};
+    }
+
+    void extent()
+    {
+        QFETCH(V, x);
+        QFETCH(V, y);
+        QFETCH(V, ex);
+        QFETCH(V, ey);
+        QFETCH(V, expected);
+        const ZOSPlotExtent e = zosLineExtent(view(x, y, ex, ey));
+        QCOMPARE(e.valid, !expected.isEmpty());
+        if (e.valid)
+            QCOMPARE((V{e.xMin, e.yMin, e.xMax, e.yMax}), expected);
+        // Merging with nothing changes nothing; merging widens.
+        const ZOSPlotExtent m = zosMergeExtents(ZOSPlotExtent(), zosMergeExtents(e, ZOSPlotExtent()));
+        QCOMPARE((V{m.xMin, m.yMax}), (V{e.xMin, e.yMax}));
+        const ZOSPlotExtent w = zosMergeExtents(e, zosLineExtent(view({-50}, {50})));
+        QCOMPARE((V{w.xMin, w.yMax}), (V{-50, e.valid ? std::max(50.0, e.yMax) : 50.0}));
+    }
+
+    void ranges_data()
+    {
+        QTest::addColumn<V>("extent");
+        QTest::addColumn<bool>("floor");
+        QTest::addColumn<V>("display"); // x min, x max, y min, y max
+        QTest::newRow("every X the same starts X at 0") << V{7, 1, 7, 3} << false << V{0, 7, 1, 3};
+        QTest::newRow("floor forces Y from 0") << V{0, 900, 10, 1000} << true << V{0, 10, 0, 1000};
+        QTest::newRow("without floor Y hugs the data") << V{0, 900, 10, 1000} << false << V{0, 10, 900, 1000};
+        QTest::newRow("all points equal") << V{0, 0, 0, 0} << false << V{0, 0.1, 0, 0.1};
+        QTest::newRow("negative") << V{-7, -3, -2, -1} << false << V{-7, -2, -3, -1};
+    }
+
+    void ranges()
+    {
+        QFETCH(V, extent);
+        QFETCH(bool, floor);
+        const ZOSPlotRanges r = zosDetermineRanges(zosLineExtent(view({extent[0], extent[2]}, {extent[1], extent[3]})),
+                                                   floor);
+        QTEST((V{r.xDisplayMin, r.xDisplayMax, r.yDisplayMin, r.yDisplayMax}), "display");
+        QVERIFY(r.drawable);
+        QVERIFY(!zosDetermineRanges(ZOSPlotExtent(), false).drawable);
+        const ZOSPlotRanges z = zosViewRanges(r.extent, 1, 2, 3, 3 + 1e-13);
+        QCOMPARE((V{z.xDisplayMin, z.xDisplayMax, z.yDisplayMin}), (V{1, 2, 3}));
+        QVERIFY(!z.drawable); // a span below 1e-12
+    }
+
+    void tickLabels_data()
+    {
+        QTest::addColumn<double>("value");
+        QTest::addColumn<double>("niceMin");
+        QTest::addColumn<double>("step");
+        QTest::addColumn<int>("exponent");
+        QTest::addColumn<QString>("label");
+        QTest::newRow("exponent 4 divides by 10^4") << 25000.0 << 0.0 << 5000.0 << 4 << "2.5";
+        QTest::newRow("exponent 4 zero") << 0.0 << 0.0 << 5000.0 << 4 << "0.0";
+        QTest::newRow("exponent -5 via doubleToString") << 3e-5 << 0.0 << 1e-6 << -5 << "3.0";
+        QTest::newRow("integral axis truncates") << 7.0 << 0.0 << 1.0 << 1 << "7";
+        QTest::newRow("integral negative") << -40.0 << -100.0 << 20.0 << 2 << "-40";
+        QTest::newRow("fractional step") << 0.25 << 0.0 << 0.05 << -1 << "0.25";
+        QTest::newRow("nice minimum between 0 and 1") << 3.0 << 0.5 << 1.0 << 0 << "3.00";
+        QTest::newRow("nice minimum -0.5") << 3.0 << -0.5 << 1.0 << 0 << "3.00";
+        QTest::newRow("nice minimum 1 is integral") << 3.0 << 1.0 << 1.0 << 0 << "3";
+        QTest::newRow("exponent 3 stays plain") << 2000.0 << 0.0 << 200.0 << 3 << "2000";
+        QTest::newRow("exponent -2 stays plain") << 0.05 << 0.0 << 0.005 << -2 << "0.05";
+        QTest::newRow("exponent -3 scales") << 0.005 << 0.0 << 0.001 << -3 << "5.0";
+    }
+
+    void tickLabels()
+    {
+        QFETCH(double, value);
+        tagZOSDisplayRange r;
+        QFETCH(double, niceMin);
+        QFETCH(double, step);
+        r.niceMinimum = niceMin;
+        r.tickStep = step;
+        QFETCH(int, exponent);
+        r.exponent = exponent;
+        QTEST(zosTickLabel(value, r), "label");
+        QCOMPARE(zosUsesExponentFactor(exponent), exponent < -2 || exponent > 3);
+    }
+
+    void labelStep_data()
+    {
+        QTest::addColumn<V>("args"); // span, pixels, label pixels, tick step, forced step
+        QTest::addColumn<double>("step");
+        QTest::newRow("wide axis labels every tick") << V{10, 1000, 40, 1, 0} << 1.0;
+        QTest::newRow("narrow axis skips ticks") << V{10, 200, 40, 1, 0} << 2.0;
+        QTest::newRow("exact multiple not rounded up") << V{10, 100, 20, 1, 0} << 2.0;
+        QTest::newRow("just past a multiple") << V{10, 100, 20.5, 1, 0} << 3.0;
+        QTest::newRow("negative span") << V{-10, 200, 40, 1, 0} << 2.0;
+        QTest::newRow("forced step rounds up to ticks") << V{10, 1000, 40, 1, 2.5} << 3.0;
+        QTest::newRow("forced exact multiple") << V{10, 1000, 40, 0.5, 2} << 2.0;
+        QTest::newRow("no span") << V{0, 1000, 40, 1, 0} << 0.0;
+        QTest::newRow("no tick step") << V{10, 1000, 40, 0, 0} << 0.0;
+        QTest::newRow("zero-size widget") << V{10, 0, 40, 1, 0} << 0.0;
+    }
+
+    void labelStep()
+    {
+        QFETCH(V, args);
+        QTEST(zosLabelStep(args[0], int(args[1]), args[2], args[3], args[4]), "step");
+    }
+
+    void labelValues()
+    {
+        QCOMPARE(zosLabelValues(-0.3, 0.3, 0.1, false), (V{-0.3, -0.2, -0.1, 0.0, 0.1, 0.2, 0.3}));
+        QCOMPARE(zosLabelValues(0, 10, 4, true), (V{10, 6, 2}));
+        QCOMPARE(zosLabelValues(0, 10, 4, false), (V{0, 4, 8}));
+        QVERIFY(zosLabelValues(0, 10, 0, false).isEmpty());
+        QVERIFY(zosLabelValues(10, 0, 1, false).isEmpty());
+        QCOMPARE(zosLabelValues(0, 1e9, 1, false).size(), 1000); // capped, no hang
+        // A zoomed view's labels fall on multiples of the step inside it.
+        QCOMPARE(zosLabelValues(0.25, 1.3, 0.2, false, true), (V{0.4, 0.6, 0.8, 1.0, 1.2}));
+        QCOMPARE(zosLabelValues(-3.5, 2, 2, true, true), (V{2, 0, -2}));
+        QCOMPARE(zosLabelValues(2, 4, 2, false, true), (V{2, 4}));
+        QVERIFY(zosLabelValues(0.1, 0.3, 0.5, false, true).isEmpty());
+    }
+
+    void reduction_data()
+    {
+        QTest::addColumn<V>("x");
+        QTest::addColumn<V>("y");
+        QTest::addColumn<bool>("breakBackwards");
+        QTest::addColumn<bool>("reduce");
+        QTest::addColumn<I>("indices");
+        // One pixel per data unit: x 0.0 .. 0.9 share column 0.
+        QTest::newRow("one column keeps first, min, max, last")
+            << V{0.0, 0.1, 0.2, 0.3, 0.4, 0.5} << V{5, 9, 1, 4, 7, 6} << false << true << I{0, 1, 2, 5, -1};
+        QTest::newRow("min before max keeps order") << V{0.0, 0.1, 0.2, 0.3} << V{5, 1, 9, 6} << false << true
+                                                    << I{0, 1, 2, 3, -1};
+        QTest::newRow("first is the minimum") << V{0.0, 0.1, 0.2} << V{0, 9, 5} << false << true << I{0, 1, 2, -1};
+        QTest::newRow("last is the maximum") << V{0.0, 0.1, 0.2} << V{5, 0, 9} << false << true << I{0, 1, 2, -1};
+        QTest::newRow("columns apart") << V{0.0, 1.0, 2.0} << V{1, 2, 3} << false << true << I{0, 1, 2, -1};
+        QTest::newRow("negative columns") << V{-0.5, -0.2, 0.1} << V{1, 2, 3} << false << true << I{0, 1, 2, -1};
+        QTest::newRow("NaN ends a piece") << V{0, 1, NaN, 3, 4} << V{1, 2, 3, 4, 5} << false << true
+                                          << I{0, 1, -1, 3, 4, -1};
+        QTest::newRow("infinite Y ends a piece") << V{0, 1, 2} << V{1, Inf, 3} << false << false << I{0, -1, 2, -1};
+        QTest::newRow("turning back breaks when asked") << V{1, 2, 3, 2, 3} << V{0, 0, 0, 0, 0} << true << false
+                                                        << I{0, 1, 2, -1, 3, 4, -1};
+        QTest::newRow("turning back kept connected otherwise") << V{1, 2, 3, 2, 3} << V{0, 0, 0, 0, 0} << false
+                                                               << false << I{0, 1, 2, 3, 4, -1};
+        QTest::newRow("unreduced keeps all") << V{0.0, 0.1, 0.2} << V{3, 2, 1} << false << false << I{0, 1, 2, -1};
+    }
+
+    void reduction()
+    {
+        QFETCH(V, x);
+        QFETCH(V, y);
+        QFETCH(bool, breakBackwards);
+        QFETCH(bool, reduce);
+        QVector<int> indices{7}; // appends after what is there
+        const ZOSAxisMap m(0, 100, false, 0, 100);
+        const int n = zosReducePolyline(x.constData(), y.constData(), x.size(), m, breakBackwards, reduce, indices);
+        QCOMPARE(indices.takeFirst(), 7);
+        QTEST(indices, "indices");
+        QCOMPARE(n, indices.size());
+        QCOMPARE(zosReducePolyline(nullptr, y.constData(), 3, m, false, reduce, indices), 0);
+    }
+
+    // The sorted search must pick exactly the points of the general loop, and
+    // either must keep every column's extremes within four points per column.
+    void reductionProperties_data()
+    {
+        QTest::addColumn<bool>("reversed");
+        QTest::addColumn<int>("count");
+        QTest::newRow("dense") << false << 200000;
+        QTest::newRow("dense, reversed axis") << true << 200000;
+        QTest::newRow("sparse with repeats") << false << 500;
+    }
+
+    void reductionProperties()
+    {
+        QFETCH(bool, reversed);
+        QFETCH(int, count);
+        V x(count), y(count);
+        quint32 state = 3;
+        double at = -50;
+        for (int i = 0; i < count; ++i) {
+            state = state * 1664525u + 1013904223u;
+            at += (state >> 28) * 0.001; // steps of 0 (repeated X) and more
+            x[i] = at;
+            y[i] = double((state >> 8) % 50); // ties between extremes
+        }
+        QVERIFY(zosIsSortedAndFinite(x.constData(), y.constData(), count));
+        const ZOSAxisMap m(x.first(), x.last(), reversed, 35, 700);
+        QVector<int> general, sorted;
+        zosReducePolyline(x.constData(), y.constData(), count, m, false, true, general, false);
+        zosReducePolyline(x.constData(), y.constData(), count, m, false, true, sorted, true);
+        QCOMPARE(sorted, general);
+        QVERIFY(general.size() <= 4 * 702 + 1);
+        QCOMPARE(general.first(), 0);
+        QCOMPARE(general.at(general.size() - 2), count - 1);
+        QMap<qint64, QPair<double, double>> kept, all; // per column: lowest, highest
+        auto note = [&](QMap<qint64, QPair<double, double>> &map, int i) {
+            const qint64 c = qint64(std::floor(m.toPixel(x[i])));
+            auto it = map.find(c);
+            if (it == map.end())
+                map.insert(c, {y[i], y[i]});
+            else
+                *it = {std::min(it->first, y[i]), std::max(it->second, y[i])};
+        };
+        for (int i = 0; i < count; ++i)
+            note(all, i);
+        for (int i : qAsConst(general))
+            if (i >= 0)
+                note(kept, i);
+        QCOMPARE(kept, all);
+    }
+
+    void sortedAndFinite()
+    {
+        const V up{1, 2, 2, 3}, down{1, 3, 2}, nan{1, NaN, 3}, inf{1, 2, Inf};
+        QVERIFY(zosIsSortedAndFinite(up.constData(), up.constData(), up.size()));
+        for (auto [x, y] : {std::pair(&down, &up), {&nan, &up}, {&up, &inf}})
+            QVERIFY(!zosIsSortedAndFinite(x->constData(), y->constData(), 3));
+        QVERIFY(!zosIsSortedAndFinite(nullptr, up.constData(), 3));
+    }
+
+    void area_data()
+    {
+        QTest::addColumn<V>("x");
+        QTest::addColumn<V>("y");
+        QTest::addColumn<bool>("even");
+        QTest::addColumn<double>("area");
+        const double k = ZOS_DEGREES_TO_RADIANS;
+        QTest::newRow("even spacing sums Y") << V{0, 10, 20, 30} << V{1, 2, 3, 4} << true << 10 * 10 * k;
+        QTest::newRow("uneven spacing trapezoid over span")
+            << V{0, 10, 30} << V{1, 3, 5} << false << ((1 + 3) * 10 * k * 0.5 + (3 + 5) * 20 * k * 0.5) / (30 * k);
+        QTest::newRow("uneven only at the end") << V{0, 10, 20, 25} << V{1, 1, 1, 1} << false << 1.0;
+        QTest::newRow("two points are even") << V{5, 7} << V{2, 2} << true << 4 * 2 * k;
+        QTest::newRow("single point") << V{5} << V{2} << false << 0.0;
+    }
+
+    void area()
+    {
+        QFETCH(V, x);
+        QFETCH(V, y);
+        QTEST(zosIsXAxisEvenlySpaced(x.constData(), x.size()), "even");
+        QFETCH(double, area);
+        QCOMPARE(zosQuvelArea(x.constData(), y.constData(), x.size()), area);
+        QCOMPARE(zosSumOfValues(y.constData(), y.size()), std::accumulate(y.cbegin(), y.cend(), 0.0));
+    }
+
+    void glMargins_data()
+    {
+        QTest::addColumn<I>("input");   // low padding, legend, X label empty, X exponent, Y exponent
+        QTest::addColumn<I>("margins"); // left, right, bottom, top
+        // Font ascent 12, descent 3: text height 9; an X label needs 2 * 12 + 3 + 8 = 35 pixels.
+        QTest::newRow("default with legend") << I{0, 1, 1, 0, 0} << I{50, 40, 30, 50};
+        QTest::newRow("default without legend") << I{0, 0, 1, 0, 0} << I{50, 40, 30, 31};
+        QTest::newRow("default, X label") << I{0, 1, 0, 0, 0} << I{50, 40, 35, 50};
+        QTest::newRow("low, empty X label") << I{1, 0, 1, 0, 0} << I{35, 15, 20, 14};
+        QTest::newRow("low, X label") << I{1, 0, 0, 0, 0} << I{35, 15, 35, 14};
+        QTest::newRow("low, X exponent 4") << I{1, 0, 1, 4, 0} << I{35, 40, 20, 14};
+        QTest::newRow("low, X exponent -3") << I{1, 0, 1, -3, 0} << I{35, 40, 20, 14};
+        QTest::newRow("low, X exponent 3") << I{1, 0, 1, 3, 0} << I{35, 15, 20, 14};
+        QTest::newRow("low, Y exponent") << I{1, 0, 1, 0, -4} << I{35, 15, 20, 50};
+        QTest::newRow("low with legend") << I{1, 1, 1, 0, 0} << I{35, 15, 20, 50};
+    }
+
+    void glMargins()
+    {
+        QFETCH(I, input);
+        ZOSGLLayoutInput in;
+        in.lowMarginPadding = input[0];
+        in.legendShown = input[1];
+        in.xLabelEmpty = input[2];
+        in.xExponent = input[3];
+        in.yExponent = input[4];
+        in.fontAscent = 12;
+        in.fontDescent = 3;
+        const ZOSPlotMargins m = zosGLMargins(in);
+        QTEST((I{m.left, m.right, m.bottom, m.top}), "margins");
+    }
+
+    // ---- the core ---------------------------------------------------------------
+
+    void lines()
+    {
+        Core core;
+        QVERIFY(!core.add("mismatch", {1, 2, 3}, {1, 2}));
+        QVERIFY(!core.add("none", {}, {}));
+        QCOMPARE(core.m_changes, 0);
+        QVERIFY(core.add("a", {1, 2}, {1, 2}, {}, {1, 2, 3, 4}));
+        QCOMPARE(core.getPlotList().value("a")->nYErrors, 2); // cut to the points
+        QVERIFY(core.add("b", {1, 2}, {3, 4}));
+        DISPLAY_SETTINGS s;
+        QVERIFY(core.getDisplaySettings("a", s));
+        QCOMPARE(s.displayMode, int(EDM_LINES));
+        s.lineColor = Qt::green;
+        QVERIFY(core.setDisplaySettings("a", s));
+        QVERIFY(!core.setDisplaySettings("zz", s) && !core.getDisplaySettings("zz", s));
+        // A replaced line keeps its settings; given settings win.
+        QVERIFY(core.add("a", {5, 6, 7}, {1, 1, 1}));
+        QCOMPARE(core.getNumberOfPlots(), 2);
+        QCOMPARE(core.getPlotList().value("a")->nPoints, 3);
+        QVERIFY(core.getDisplaySettings("a", s));
+        QCOMPARE(s.lineColor, QColor(Qt::green));
+        core.setDisplayModeOfAllLines(EDM_POINTS);
+        DISPLAY_SETTINGS given;
+        QVERIFY(core.add("c", {1}, {1}, {}, {}, &given));
+        QVERIFY(core.getDisplaySettings("c", s));
+        QCOMPARE(s.displayMode, int(EDM_LINES));
+        QVERIFY(core.add("d", {1}, {1}));
+        QVERIFY(core.getDisplaySettings("d", s) && core.getDisplaySettings("b", given));
+        QCOMPARE((I{s.displayMode, given.displayMode, core.getCurrentDisplayMode()}), (I{0, 0, 0}));
+        QVERIFY(core.removeYErrorData("a") && !core.removeXErrorData("zz"));
+        QCOMPARE(core.getPlotList().value("a")->nYErrors, 0);
+        QVERIFY(!core.removeDataLine("zz"));
+        const int changes = core.m_changes;
+        QVERIFY(core.removeDataLine("a"));
+        QVERIFY(core.m_changes > changes);
+        QCOMPARE(core.getNamesOfPlots().size(), 3);
+        core.clear();
+        QVERIFY(core.isEmpty());
+    }
+
+    void layout_data()
+    {
+        QTest::addColumn<int>("layout");
+        QTest::addColumn<bool>("reversed");
+        QTest::newRow("inset") << int(EZOSPlotLayout::Inset) << false;
+        QTest::newRow("inset, reversed") << int(EZOSPlotLayout::Inset) << true;
+        QTest::newRow("margins") << int(EZOSPlotLayout::Margins) << false;
+        QTest::newRow("margins, reversed") << int(EZOSPlotLayout::Margins) << true;
+    }
+
+    // The plot area's corners carry the displayed range's ends, conversions
+    // go both ways, and the axes and ticks are drawn where the mapping says.
+    void layout()
+    {
+        QFETCH(int, layout);
+        QFETCH(bool, reversed);
+        Core core(EZOSPlotLayout(layout), QSize(400, 300));
+        QVERIFY(core.add("l", {10, 20}, {0, 100}));
+        core.setXAxisLabel("Time");
+        core.setXAxisReversed(reversed);
+        core.setYAxisReversed(reversed);
+        const ZOSPlotMargins m = core.getMargins();
+        const QVector<int> expected = layout ? I{50, 40, 2 * core.plotFontMetrics().ascent() + core.plotFontMetrics().descent() + 8, 50} : I{35, 35, 35, 35};
+        QCOMPARE((I{m.left, m.right, m.bottom, m.top}), expected);
+        // The GL plot mirrors its window, margins included, along a reversed axis.
+        const bool mirrored = layout && reversed;
+        QRect a = core.plotArea();
+        QCOMPARE(a, QRect(mirrored ? m.right : m.left, mirrored ? m.bottom : m.top, 400 - m.left - m.right,
+                          300 - m.top - m.bottom));
+        int bottom = a.top() + a.height();
+        int wx = 0, wy = 0;
+        core.convertObjectToWindowCoords(reversed ? 20 : 10, reversed ? 100 : 0, wx, wy);
+        QCOMPARE((I{wx, wy}), (I{a.left(), bottom}));
+        core.convertObjectToWindowCoords(reversed ? 10 : 20, reversed ? 0 : 100, wx, wy);
+        QCOMPARE((I{wx, wy}), (I{a.left() + a.width(), a.top()}));
+        const double plotW = a.width(), plotH = a.height();
+        for (const QPoint p : {QPoint(0, 0), QPoint(123, 77), QPoint(399, 299)}) {
+            double x = 0, y = 0;
+            core.convertWindowToObjectCoords(p.x(), p.y(), x, y);
+            core.convertObjectToWindowCoords(x, y, wx, wy);
+            QCOMPARE(QPoint(wx, wy), p);
+            QCOMPARE(x, (reversed ? 20 - (p.x() - a.left()) / plotW * 10 : 10 + (p.x() - a.left()) / plotW * 10));
+        }
+        QCOMPARE(core.convertObjectToWindowWidth(5), qRound(plotW / 2));
+        QCOMPARE(core.convertObjectToWindowHeight(-50), qRound(plotH / 2));
+        QCOMPARE(core.convertWindowToObjectWidth(int(plotW)), 10.0);
+        QCOMPARE(core.convertWindowToObjectHeight(-int(plotH)), 100.0);
+        double xr = 0, yr = 0;
+        core.getXYRatios(xr, yr);
+        QCOMPARE((V{xr, yr}), (V{10 / plotW, 100 / plotH}));
+        // The GL window extends the displayed range by the margins in data units.
+        const QRectF w = core.getOrthoWindow();
+        if (layout)
+            QCOMPARE((V{w.left(), w.right(), w.top()}), (V{10 - m.left * 10 / plotW, 20 + m.right * 10 / plotW,
+                                                            0 - m.bottom * 100 / plotH}));
+        // Axes along the plot area's left and bottom edges, a tick below each X label and left of each Y label.
+        core.setXAxisLabel(QString()); // a smaller margin
+        const QImage image = core.render();
+        a = core.plotArea();
+        bottom = a.top() + a.height();
+        QCOMPARE(count(image, Black, QRect(a.left(), a.top() + 20, 1, a.height() - 40)), a.height() - 40);
+        QCOMPARE(count(image, Black, QRect(a.left() + 20, bottom, a.width() - 40, 1)), a.width() - 40);
+        const ZOSAxisMap xm = core.xMap(), ym = core.yMap();
+        int ticks = 0;
+        for (double v : core.xLabelValues()) {
+            const int px = int(std::lround(xm.toPixel(v)));
+            QCOMPARE(count(image, Black, QRect(px, bottom + 1, 1, 6)), 6);
+            ticks += px > a.left();
+        }
+        for (double v : core.yLabelValues())
+            QCOMPARE(count(image, Black, QRect(a.left() - 6, int(std::lround(ym.toPixel(v))), 6, 1)), 6);
+        QCOMPARE(count(image, Black, QRect(a.left() + 1, bottom + 1, a.width(), 6)), 6 * ticks); // nothing else there
+    }
+
+    void zoom_data() { layout_data(); }
+
+    void zoom()
+    {
+        QFETCH(int, layout);
+        QFETCH(bool, reversed);
+        Core core(EZOSPlotLayout(layout), QSize(400, 300));
+        QVERIFY(core.add("l", {10, 20}, {0, 100}));
+        core.setXAxisReversed(reversed);
+        const V automatic{core.getXDisplayMin(), core.getXDisplayMax(), core.getYDisplayMin(), core.getYDisplayMax()};
+        auto displayed = [&] {
+            return V{core.getXDisplayMin(), core.getXDisplayMax(), core.getYDisplayMin(), core.getYDisplayMax()};
+        };
+        // The data point under the cursor stays under it, zooming in and out.
+        for (const QPoint p : {QPoint(60, 200), QPoint(333, 41), QPoint(200, 150)}) {
+            for (double factor : {0.5, 0.8, 1.7}) {
+                double x0 = 0, y0 = 0, x1 = 0, y1 = 0;
+                core.convertWindowToObjectCoords(p.x(), p.y(), x0, y0);
+                const V before = displayed();
+                core.zoomAt(p, factor);
+                QVERIFY(core.isZoomed());
+                core.convertWindowToObjectCoords(p.x(), p.y(), x1, y1);
+                QVERIFY2(std::fabs(x1 - x0) < 1e-9 && std::fabs(y1 - y0) < 1e-9, qPrintable(QString::number(x1 - x0)));
+                const V after = displayed();
+                QCOMPARE(after[1] - after[0], (before[1] - before[0]) * factor);
+            }
+        }
+        // Zoomed labels lie inside the view, on whole ticks.
+        const V v = displayed();
+        for (double label : core.xLabelValues()) {
+            QVERIFY(label >= v[0] - 1e-9 && label <= v[1] + 1e-9);
+            QCOMPARE(std::remainder(label, core.getXRange().tickStep) + 1.0, 1.0);
+        }
+        core.restoreAutoRange();
+        QVERIFY(!core.isZoomed());
+        QCOMPARE(displayed(), automatic);
+        // A rubber band shows the data under it; a pan moves the data with the cursor.
+        const QRect a = core.plotArea();
+        QVERIFY(core.zoomToRect(QRectF(a.left() + a.width() / 2.0, a.top(), -a.width() / 2.0, a.height() / 4.0)));
+        QVERIFY(near(displayed(), V{reversed ? 15.0 : 10.0, reversed ? 20.0 : 15.0, 75, 100}));
+        QVERIFY(!core.zoomToRect(QRectF(10, 10, 1, 50)));
+        core.panBy(QPointF(100, 100), QPointF(100 + a.width() / 5.0, 100 + a.height() / 4.0));
+        QVERIFY(near(displayed(), V{reversed ? 16.0 : 9.0, reversed ? 21.0 : 14.0, 81.25, 106.25}));
+        QVERIFY(!core.setView(1, 1, 0, 1) && !core.setView(0, 1, NaN, 1) && !core.setView(1e20, 1e20 + 1e6, 0, 1));
+        QVERIFY(core.setView(-1, 1, -2, 2));
+        QCOMPARE(displayed(), (V{-1, 1, -2, 2}));
+        QCOMPARE(core.getXTickLabels().first(), QString(reversed ? "0.80" : "-0.80")); // every other tick of 0.2
+        // A zoomed view cuts the curve at the plot area's edges.
+        core.showLegend(false);
+        QVERIFY(core.setView(11, 19, 40, 60));
+        const QImage zoomed = core.render();
+        const QRect inside = core.plotArea().adjusted(0, 0, 1, 1);
+        QVERIFY(count(zoomed, Blue, inside) > 0);
+        QCOMPARE(count(zoomed, Blue, zoomed.rect()), count(zoomed, Blue, inside));
+        core.clear(); // new data, new automatic range
+        QVERIFY(!core.isZoomed());
+        core.zoomAt(QPointF(50, 50), 0.5); // nothing to zoom
+        QVERIFY(!core.isZoomed());
+    }
+
+    void texts_data()
+    {
+        QTest::addColumn<int>("layout");
+        QTest::addColumn<int>("pointSize");
+        QTest::newRow("inset") << int(EZOSPlotLayout::Inset) << 9;
+        QTest::newRow("margins") << int(EZOSPlotLayout::Margins) << 9;
+        QTest::newRow("margins, large font") << int(EZOSPlotLayout::Margins) << 16;
+    }
+
+    // Tick labels centred under their ticks, exponent factors beside the axis
+    // ends, and the axis labels clear of every other text.
+    void texts()
+    {
+        QFETCH(int, layout);
+        QFETCH(int, pointSize);
+        Core core(EZOSPlotLayout(layout), QSize(600, 400));
+        core.setFont(QFont("Times", pointSize, 25));
+        const QFontMetrics &fm = core.plotFontMetrics();
+        QVERIFY(core.add("l", {20000, 260000}, {0, 6e-5}));
+        core.setTitle("Title");
+        core.setXAxisLabel("Grey level, a long axis label");
+        core.setYAxisLabel("Pixels");
+        core.render();
+        const QVector<SZOSPlotText> texts = core.axisTexts();
+        const QStringList xTicks = core.getXTickLabels(), yTicks = core.getYTickLabels();
+        QCOMPARE(texts.size(), xTicks.size() + yTicks.size() + 6);
+        const QRect a = core.plotArea();
+        const int bottom = a.top() + a.height(), right = a.left() + a.width();
+        for (int i = 0; i < xTicks.size(); ++i) {
+            QCOMPARE(texts[i].text, xTicks[i]);
+            int px = 0, py = 0;
+            core.convertObjectToWindowCoords(core.xLabelValues()[i], 0, px, py);
+            QCOMPARE(texts[i].position, QPoint(px - fm.horizontalAdvance(xTicks[i]) / 2, bottom + 7 + fm.ascent()));
+        }
+        const int raise = fm.ascent() - fm.descent();
+        const int e = xTicks.size() + yTicks.size();
+        QCOMPARE(texts[e].position, QPoint(right + 2, bottom + 5));
+        QCOMPARE(texts[e + 1].text, QString::number(core.getXRange().exponent));
+        QCOMPARE(texts[e + 2].position, QPoint(a.left() - fm.horizontalAdvance("x10"), a.top() - 2 - raise));
+        QCOMPARE(texts[e + 3].text, QString::number(core.getYRange().exponent));
+        QCOMPARE(texts[e + 5].position, QPoint(a.left() + 5, a.top() - 2));
+        QCOMPARE(core.titleText().position, QPoint((600 - fm.horizontalAdvance("Title")) / 2, fm.ascent() + 2));
+        auto box = [&](const SZOSPlotText &t) { return fm.boundingRect(t.text).translated(t.position); };
+        const QRect xLabel = box(texts[e + 4]);
+        QCOMPARE(xLabel.bottom(), 400 - 2 + fm.descent() - 1);
+        for (int i = 0; i < e + 4; ++i)
+            QVERIFY2(xLabel.top() >= box(texts[i]).bottom(), qPrintable(texts[i].text + QString(" %1 %2 %3 %4 %5").arg(xLabel.top()).arg(box(texts[i]).bottom()).arg(fm.ascent()).arg(fm.descent()).arg(texts[i].position.y())));
+    }
+
+    void readOuts()
+    {
+        // X 10 .. 20, Y 0 .. 10 on 270 x 270. The cursor at x = 135 is looked up
+        // at X = 20 (scaled by the maximum alone), not at the middle 15.
+        Core core;
+        QVERIFY(core.add("mv", {10, 15, 20}, {0, 5, 5}, {}, {}, nullptr, {"left", "middle", "right"}));
+        QVERIFY(core.add("unlabelled", {10, 20}, {5, 10}));
+        core.setQuvelPlotYAxisUnitType("Counts");
+        const int yAt5 = 270 - 35 - 100;
+        QCOMPARE(core.toolTipTextAt(QPoint(135, yAt5)), QString("right\nQVL-2 Angle: 90\nCounts: 5\nn2"));
+        QCOMPARE(core.toolTipTextAt(QPoint(85, yAt5)), QString("middle\nQVL-2 Angle: 45\nCounts: 5\nn1"));
+        // Tolerances of 5 pixels of span: 2.5 pixels on X, whose look-up scales by the maximum.
+        QCOMPARE(core.toolTipTextAt(QPoint(85 + 2, yAt5 - 4)), QString("middle\nQVL-2 Angle: 45\nCounts: 5\nn1"));
+        QCOMPARE(core.toolTipTextAt(QPoint(85 + 3, yAt5)), QString());
+        QCOMPARE(core.toolTipTextAt(QPoint(85, yAt5 + 6)), QString());
+        QCOMPARE(zosToolTipPointX(10, 20, 70, 100), 10.0); // a zero-width plot area
+        QCOMPARE(zosToolTipPointY(10, 20, 70, 100), 10.0);
+        QCOMPARE(zosToolTipTolerance(10, 20, 70), 0.0);
+        // Reference lines read out their position in data units.
+        core.setXAxisLabel("Angle");
+        core.setReferenceLineX(true);
+        core.setReferenceLinePosX(0.25);
+        QCOMPARE(core.getPlotValueString(), QString("Angle: 12.50"));
+        core.setYAxisLabel("Counts");
+        core.setReferenceLineY(true);
+        core.setReferenceLinePosY(0.5);
+        QCOMPARE(core.getPlotValueString(), QString("Angle: 12.50   Counts: 5.00"));
+        core.setReferenceLinePosY(1.01);
+        QCOMPARE(core.getPlotValueString(), QString("Angle: 12.50"));
+        // The area read-out, recomputed on each paint, for a single line only.
+        core.setQuvelPlotArea("on");
+        core.render();
+        QCOMPARE(core.getQuvelPlotArea(), QString("Total Area: "));
+        QVERIFY(core.removeDataLine("unlabelled"));
+        core.render();
+        const double k = ZOS_DEGREES_TO_RADIANS;
+        QCOMPARE(core.getQuvelPlotArea(), "Total Area: " + QString::number(10 * 5 * k, 'g', 6) + " Counts");
+        core.clear();
+        QVERIFY(core.getQuvelPlotArea().isEmpty());
+    }
+
+    void strips()
+    {
+        Core core(EZOSPlotLayout::Margins, QSize(400, 300));
+        QVERIFY(core.add("back", {1, 2, 3, 2, 3}, {1, 2, 3, 4, 5}));
+        auto xs = [&](const QString &name) {
+            QVector<V> out;
+            for (const QVector<QPointF> &strip : core.lineStrips(name)) {
+                out.append(V());
+                for (const QPointF &p : strip)
+                    out.last() << p.x();
+            }
+            return out;
+        };
+        QCOMPARE(xs("back"), (QVector<V>{{1, 2, 3, 2, 3}}));
+        core.setBackwards(false);
+        QCOMPARE(xs("back"), (QVector<V>{{1, 2, 3}, {2, 3}}));
+        DISPLAY_SETTINGS s;
+        s.displayMode = EDM_STAIRCASE;
+        QVERIFY(core.add("steps", {1, 2, 3}, {10, 20, 30}, {}, {}, &s));
+        QCOMPARE(core.lineStrips("steps"),
+                 (QVector<QVector<QPointF>>{{{1, 10}, {2, 10}, {2, 20}, {3, 20}, {3, 30}}}));
+        QVERIFY(core.lineStrips("zz").isEmpty());
+    }
+
+    // ---- the renderer -----------------------------------------------------------
+
+    void shadedRectangle_data()
+    {
+        QTest::addColumn<I>("params"); // visible, start, end (data units, 1 per pixel from 35)
+        QTest::addColumn<I>("columns"); // first and last shaded column; empty: none
+        QTest::newRow("inside") << I{1, 50, 100} << I{85, 135};
+        QTest::newRow("start left of the area is clipped") << I{1, -20, 100} << I{35, 135};
+        QTest::newRow("end past width - 70 runs to width - 35") << I{1, 50, 166} << I{85, 235};
+        QTest::newRow("end at width - 70 stays") << I{1, 50, 165} << I{85, 200};
+        QTest::newRow("end at 0 draws nothing") << I{1, -20, 0} << I{};
+        QTest::newRow("hidden") << I{0, 50, 100} << I{};
+    }
+
+    void shadedRectangle()
+    {
+        QFETCH(I, params);
+        QFETCH(I, columns);
+        Core core; // X 0 .. 200 over 200 pixels
+        QVERIFY(core.add("l", {0, 200}, {0, 0})); // along the X axis
+        core.showLegend(false);
+        core.setShadedRectangleParams(params[1], params[2], QColor(0, 200, 0));
+        core.setVisibleShadedRectangle(params[0]);
+        const QImage image = core.render();
+        const QRgb green = 0x00C800;
+        if (columns.isEmpty()) {
+            QCOMPARE(count(image, green, image.rect()), 0);
+            return;
+        }
+        // Outlined and filled from column to column; the Y axis is drawn over column 35.
+        const int first = std::max(columns[0], 36);
+        QCOMPARE(count(image, green, QRect(0, 100, 270, 1)), columns[1] - first + 1);
+        QCOMPARE((QVector<QRgb>{rgb(image, first, 100), rgb(image, columns[1] + 1, 100)}), (QVector<QRgb>{green, White}));
+        QCOMPARE(count(image, green, QRect(first, 0, 1, 270)), 270 - 70); // y 35 .. 234 (the X axis at 235)
+    }
+
+    void decorations()
+    {
+        Core core; // X 0 .. 200, Y 0 .. 100 on 270 x 270
+        QVERIFY(core.add("l", {0, 200}, {0, 100}));
+        core.showLegend(false);
+        core.setGridType(EGT_BOTH);
+        core.addMarkerX("mx", 50, Qt::green);
+        core.addMarkerY("my", 25, Qt::magenta);
+        core.setReferenceLineX(true);
+        core.setReferenceLinePosX(0.75);
+        const QImage image = core.render();
+        const QRgb grey = QColor(Qt::lightGray).rgb() & 0xFFFFFF;
+        for (double v : core.xLabelValues())
+            if (v > 0 && v != 50 && v != 150)
+                QVERIFY(count(image, grey, QRect(35 + int(v), 36, 1, 198)) > 150);
+        for (double v : core.yLabelValues())
+            if (v > 0 && v != 25)
+                QVERIFY(count(image, grey, QRect(36, 235 - 2 * int(v), 198, 1)) > 150);
+        QVERIFY(count(image, QColor(Qt::green).rgb() & 0xFFFFFF, QRect(85, 35, 1, 201)) > 80); // dashed
+        QVERIFY(count(image, QColor(Qt::magenta).rgb() & 0xFFFFFF, QRect(35, 185, 201, 1)) > 80);
+        QVERIFY(count(image, Red, QRect(185, 36, 1, 199)) >= 190);
+        QVERIFY(count(image, Red, QRect(120, 250, 150, 20)) > 10); // the value text
+        QCOMPARE(count(image, Red, QRect(0, 0, 270, 34)), 0);
+        // Without a range, markers and reference lines are still drawn; nothing else.
+        Core none;
+        QVERIFY(none.add("nothing finite", {NaN, Inf}, {1, NaN}));
+        none.setReferenceLineY(true);
+        none.setReferenceLinePosY(0.5);
+        none.addMarkerX("m", 3, Qt::green);
+        const QImage bare = none.render();
+        QCOMPARE(count(bare, Black, bare.rect()), 0);
+        QVERIFY(count(bare, Red, QRect(35, 135, 201, 1)) > 190);
+    }
+
+    void curvesAndLegend_data()
+    {
+        QTest::addColumn<int>("layout");
+        QTest::addColumn<int>("mode");
+        QTest::newRow("inset, lines") << int(EZOSPlotLayout::Inset) << int(EDM_LINES);
+        QTest::newRow("inset, points") << int(EZOSPlotLayout::Inset) << int(EDM_POINTS);
+        QTest::newRow("margins, points and lines") << int(EZOSPlotLayout::Margins) << int(EDM_POINTS_AND_LINES);
+        QTest::newRow("margins, points") << int(EZOSPlotLayout::Margins) << int(EDM_POINTS);
+    }
+
+    void curvesAndLegend()
+    {
+        QFETCH(int, layout);
+        QFETCH(int, mode);
+        Core core(EZOSPlotLayout(layout), QSize(300, 300));
+        DISPLAY_SETTINGS s;
+        s.displayMode = mode;
+        s.pointSize = 9;
+        QVERIFY(core.add("a long line name", {0, 10, 20}, {0, 10, 20}, {}, {2, 0, 0}, &s));
+        QVERIFY(core.add("b", {0, 20}, {15, 15}, {}, {}, &s)); // below the legend
+        const QImage image = core.render();
+        const ZOSAxisMap xm = core.xMap(), ym = core.yMap();
+        const QPoint mid(int(xm.toPixel(10)), int(ym.toPixel(10)));
+        const QPoint between(int(xm.toPixel(5)), int(ym.toPixel(5)));
+        // Points are plus signs: 2 pixels each way in the painted plot, the point size in the GL plot.
+        const int arm = layout ? 4 : 2;
+        QCOMPARE(count(image, Blue, QRect(mid.x() - arm - 1, mid.y(), 2 * arm + 3, 1)) >= 2 * arm + 1,
+                 mode != EDM_LINES);
+        if (mode == EDM_POINTS) // one row of arm, not a cross
+            QVERIFY(count(image, Blue, QRect(mid.x() - arm - 1, mid.y() - 1, 2 * arm + 3, 1)) <= 1);
+        QCOMPARE(count(image, Blue, QRect(between.x() - 1, between.y() - 1, 3, 3)) > 0, mode != EDM_POINTS);
+        // The GL plot's error bar in red, over the first point only.
+        const int bar = count(image, Red, QRect(int(xm.toPixel(0)), int(ym.toPixel(2)), 1, int(ym.toPixel(-2) - ym.toPixel(2))));
+        QCOMPARE(bar > 10, bool(layout));
+        QCOMPARE(count(image, Red, QRect(mid.x() - 3, 0, 6, 300)), 0);
+        // The legend: right edge 3 pixels in, one row per line.
+        const QFontMetrics &fm = core.plotFontMetrics();
+        const int w = fm.horizontalAdvance("a long line name") + 14, h = 2 * fm.height() + 4;
+        QCOMPARE(core.legendBox(), QRect(300 - 3 - w, 3, w, h));
+        QCOMPARE(count(image, Black, QRect(300 - 3 - w, 3, w, 1)), w);
+        QCOMPARE(count(image, Black, QRect(300 - 3 - w, 3, 1, h)), h);
+        QCOMPARE(count(image, Blue, QRect(300 - w, 3, 10, h)), 2 * 64);
+        core.showLegend(false);
+        QCOMPARE(count(core.render(), Blue, QRect(300 - w, 3, 10, h)), 0);
+        core.clear();
+        const QImage empty = core.render();
+        QCOMPARE(count(empty, Black, empty.rect()), 0);
+        int reddish = 0; // "No data available", antialiased
+        for (int y = 0; y < 300; ++y)
+            for (int x = 0; x < 300; ++x)
+                reddish += QRect(80, 130, 140, 40).contains(x, y) == (qRed(empty.pixel(x, y)) > 150 && qGreen(empty.pixel(x, y)) < 120);
+        QVERIFY(reddish > 300 * 300 - 140 * 40 + 20);
+    }
+
+    void reducedCurveLooksTheSame()
+    {
+        const int n = 200000;
+        V x(n), y(n);
+        quint32 state = 1;
+        for (int i = 0; i < n; ++i) {
+            state = state * 1664525u + 1013904223u;
+            x[i] = i;
+            y[i] = std::sin(i * 2e-4) * 50 + (state >> 24) * 0.05;
+        }
+        Core core(EZOSPlotLayout::Inset, QSize(800, 400));
+        QVERIFY(core.add("trace", x, y));
+        const QImage reduced = core.render();
+        core.setCurveReduction(false);
+        const QImage full = core.render();
+        int differing = 0;
+        for (int r = 0; r < full.height(); ++r)
+            for (int c = 0; c < full.width(); ++c)
+                differing += reduced.pixel(c, r) != full.pixel(c, r);
+        QVERIFY2(differing <= 8, qPrintable(QString::number(differing)));
+        QVERIFY(count(full, Blue, full.rect()) > 5000);
+    }
+
+    // ---- data files ------------------------------------------------------------
+
+    void dataFiles()
+    {
+        QVERIFY(CZOSLogEventHandler::install());
+        QCOMPARE(beginLog(QStringLiteral("plots")), 1);
+        Core core;
+        core.setTitle("Run");
+        QVERIFY(core.add("A", {1, 2, 3}, {10, 20.5, 30}, {0.5}, {0.5, 0.25}));
+        const QByteArray path = QFile::encodeName(m_dir.filePath("plot.txt"));
+        auto contents = [&] {
+            QFile f(QFile::decodeName(path));
+            return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+        };
+        QVERIFY(core.saveCommaSeparated(path.constData()));
+        QCOMPARE(contents(), QByteArray("A, \nX Values, Y Values, X Errors, Y Errors, \n1, 10, 0.5, 0.5, \n"
+                                        "2, 20.5, 0.25, \n3, 30, \n\n"));
+        const QByteArray block("Run: A\nX Values\tY Values\tX Errors\tY Errors\n1\t3\t0.5\t0.5\n2\t20.5\t0.25\n3\t30\n\n\n");
+        QVERIFY(core.add("A", {1, 2, 3}, {3, 20.5, 30}, {0.5}, {0.5, 0.25}));
+        QVERIFY(core.saveData(path.constData(), false, '\t'));
+        QVERIFY(core.saveData(path.constData(), true, '\t'));
+        QCOMPARE(contents(), block + block);
+        QVERIFY(core.removeXErrorData("A") && core.removeYErrorData("A"));
+        QVERIFY(core.saveData(path.constData(), false, ','));
+        QCOMPARE(contents(), QByteArray("Run: A\nX Values,Y Values\n1,3\n2,20.5\n3,30\n\n\n"));
+        QVERIFY(!core.writeDataToFile(nullptr, ','));
+        const QByteArray bad = QFile::encodeName(m_dir.filePath("no/such/folder/plot.csv"));
+        QVERIFY(!core.saveCommaSeparated(bad.constData()));
+        QVERIFY(!core.saveData(bad.constData(), true, ','));
+        QVERIFY(!core.saveCommaSeparated(nullptr));
+        QCoreApplication::sendPostedEvents();
+        QFile log(getLogObject()->fileName());
+        closeLog();
+        QVERIFY(log.open(QIODevice::ReadOnly));
+        const QByteArray text = log.readAll();
+        QVERIFY2(text.contains("Unable to open file\n File:" + bad + "\n for saving plot data."), text.constData());
+    }
+};
+
+QTEST_MAIN(TestPlotCore)
+#include "tst_czosplotcore.moc"

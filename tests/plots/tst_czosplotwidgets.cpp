@@ -1,0 +1,408 @@
+// The two plot widgets as a user drives them: menus, mouse zoom and pan,
+// signals, exports and the GL picture. The arithmetic behind them is the
+// core's test.
+#include "czosglxyplot.h"
+#include "czosxyplot.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QClipboard>
+#include <QFile>
+#include <QMenu>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QSvgRenderer>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cmath>
+#include <memory>
+
+namespace {
+using V = QVector<double>;
+
+bool isBlue(QRgb c) { return qBlue(c) > 200 && qRed(c) < 80 && qGreen(c) < 80; }
+bool isRed(QRgb c) { return qRed(c) > 200 && qGreen(c) < 80 && qBlue(c) < 80; }
+bool isDark(QRgb c) { return qRed(c) < 60 && qGreen(c) < 60 && qBlue(c) < 60; }
+
+int countWhere(const QImage &image, const QRect &area, bool (*test)(QRgb))
+{
+    int n = 0;
+    const QRect r = area.intersected(image.rect());
+    for (int y = r.top(); y <= r.bottom(); ++y)
+        for (int x = r.left(); x <= r.right(); ++x)
+            n += test(image.pixel(x, y));
+    return n;
+}
+
+QStringList texts(const QList<QAction *> &actions)
+{
+    QStringList out;
+    for (QAction *a : actions)
+        if (!a->isSeparator())
+            out << (a->menu() ? a->menu()->title() : a->text());
+    return out;
+}
+
+// Either widget through one interface: the test rows name the kind.
+struct Plot {
+    std::unique_ptr<QWidget> widget;
+    CZOSPlotCore *core = nullptr;
+    std::function<bool(const QString &, const V &, const V &)> add;
+    std::function<bool(const QString &, const QSize &)> exportPlot;
+    std::function<void()> copy;
+};
+
+template <typename Widget>
+Plot wrap(Widget *w)
+{
+    Plot p;
+    p.widget.reset(w);
+    p.core = w;
+    p.add = [w](const QString &name, const V &x, const V &y) { return w->addDataLine(name, x, y); };
+    p.exportPlot = [w](const QString &path, const QSize &size) { return w->exportPlot(path, size); };
+    p.copy = [w] { w->copyToClipboard(QSize(120, 90)); };
+    w->resize(400, 300);
+    return p;
+}
+
+Plot makePlot(const QString &kind)
+{
+    return kind == QLatin1String("painted") ? wrap(new CZOSXYPlot(nullptr, "painted"))
+                                            : wrap(new CZOSGLXYPlot(nullptr, "gl"));
+}
+
+void send(QWidget *w, QEvent::Type type, Qt::MouseButton button, const QPoint &pos, Qt::KeyboardModifiers mods = {})
+{
+    // A move carries the button held down; without one, a widget that does not
+    // track the mouse never sees it.
+    QMouseEvent event(type, pos, w->mapToGlobal(pos), type == QEvent::MouseMove ? Qt::NoButton : button,
+                      type == QEvent::MouseButtonRelease ? Qt::NoButton : button, mods);
+    QApplication::sendEvent(w, &event);
+}
+} // namespace
+
+class TestPlotWidgets : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+
+    // Pictures need a GL context; the offscreen platform cannot make one.
+#define REQUIRE_GL(plot)                                                                                               \
+    do {                                                                                                               \
+        if (!(plot).isValid())                                                                                         \
+            QSKIP("No OpenGL context on this display");                                                                \
+    } while (0)
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        qputenv("ZO_DATA_ROOT", m_dir.path().toUtf8());
+        QStandardPaths::setTestModeEnabled(true);
+    }
+
+    void kinds_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::newRow("painted") << "painted";
+        QTest::newRow("gl") << "gl";
+    }
+
+    void menu_data() { kinds_data(); }
+
+    void menu()
+    {
+        QFETCH(QString, kind);
+        Plot plot = makePlot(kind);
+        QMenu *menu = plot.widget->findChild<QMenu *>();
+        QVERIFY(menu);
+        QStringList expected{"Points", "Lines", "Points and Lines"};
+        if (kind == "painted")
+            expected << "Display Grid Lines";
+        expected << "Restore Automatic Range" << "Export as PNG..." << "Export as SVG..." << "Export as PDF..."
+                 << "Copy to Clipboard";
+        QCOMPARE(texts(menu->actions()), expected);
+        auto *group = plot.widget->findChild<QActionGroup *>();
+        QVERIFY(group->isExclusive() && group->actions().at(1)->isChecked());
+    }
+
+    void displayModeEntries_data() { kinds_data(); }
+
+    void displayModeEntries()
+    {
+        QFETCH(QString, kind);
+        Plot plot = makePlot(kind);
+        auto *group = plot.widget->findChild<QActionGroup *>();
+        QVERIFY(plot.add("a", {1, 2}, {1, 2}));
+        QVector<int> modes;
+        DISPLAY_SETTINGS s;
+        for (int i : {0, 2, 1}) {
+            group->actions().at(i)->trigger();
+            QVERIFY(plot.core->getDisplaySettings("a", s));
+            modes << plot.core->getCurrentDisplayMode() << s.displayMode;
+        }
+        QCOMPARE(modes, (QVector<int>{0, 0, 2, 2, 1, 1}));
+        QAction other(QStringLiteral("Something else"));
+        QMetaObject::invokeMethod(plot.widget.get(), "onDisplayPopupActivated", Q_ARG(QAction *, &other));
+        QCOMPARE(plot.core->getCurrentDisplayMode(), int(EDM_POINTS));
+    }
+
+    void mouseZoom_data() { kinds_data(); }
+
+    // Wheel zoom keeps the point under the cursor; a shift drag zooms to the
+    // band, a middle or Ctrl drag pans, a double-click or the menu restores.
+    void mouseZoom()
+    {
+        QFETCH(QString, kind);
+        Plot plot = makePlot(kind);
+        QWidget *w = plot.widget.get();
+        CZOSPlotCore *core = plot.core;
+        QVERIFY(plot.add("l", {10, 20}, {0, 100}));
+        auto range = [core] {
+            return V{core->getXDisplayMin(), core->getXDisplayMax(), core->getYDisplayMin(), core->getYDisplayMax()};
+        };
+        const V automatic = range();
+        const QPoint at(120, 90);
+        double x0 = 0, y0 = 0, x1 = 0, y1 = 0;
+        core->convertWindowToObjectCoords(at.x(), at.y(), x0, y0);
+        QWheelEvent wheel(at, w->mapToGlobal(at), QPoint(), QPoint(0, 240), Qt::NoButton, Qt::NoModifier,
+                          Qt::NoScrollPhase, false);
+        QApplication::sendEvent(w, &wheel);
+        core->convertWindowToObjectCoords(at.x(), at.y(), x1, y1);
+        QVERIFY(std::fabs(x1 - x0) < 1e-9 && std::fabs(y1 - y0) < 1e-9);
+        QCOMPARE(range()[1] - range()[0], (automatic[1] - automatic[0]) * 0.64);
+        send(w, QEvent::MouseButtonDblClick, Qt::LeftButton, at);
+        QCOMPARE(range(), automatic);
+
+        int ax = 0, ay = 0, bx = 0, by = 0;
+        core->convertObjectToWindowCoords(12, 80, ax, ay);
+        core->convertObjectToWindowCoords(16, 40, bx, by);
+        send(w, QEvent::MouseButtonPress, Qt::LeftButton, QPoint(ax, ay), Qt::ShiftModifier);
+        send(w, QEvent::MouseMove, Qt::LeftButton, QPoint(bx, by), Qt::ShiftModifier);
+        send(w, QEvent::MouseButtonRelease, Qt::LeftButton, QPoint(bx, by), Qt::ShiftModifier);
+        const V band = range();
+        for (int i = 0; i < 4; ++i)
+            QVERIFY2(std::fabs(band[i] - V{12, 16, 40, 80}[i]) < 0.1 * (i < 2 ? 1 : 10), qPrintable(QString::number(band[i])));
+        const QPoint from(200, 150), to(250, 120);
+        double fx = 0, fy = 0;
+        core->convertWindowToObjectCoords(from.x(), from.y(), fx, fy);
+        for (auto [button, mods] : {std::pair(Qt::MiddleButton, Qt::NoModifier), {Qt::LeftButton, Qt::ControlModifier}}) {
+            send(w, QEvent::MouseButtonPress, button, from, mods);
+            send(w, QEvent::MouseMove, button, to, mods);
+            send(w, QEvent::MouseButtonRelease, button, to, mods);
+            core->convertWindowToObjectCoords(to.x(), to.y(), x1, y1);
+            QVERIFY(std::fabs(x1 - fx) < 1e-9 && std::fabs(y1 - fy) < 1e-9);
+            core->convertWindowToObjectCoords(from.x(), from.y(), fx, fy);
+        }
+        QVERIFY(core->isZoomed());
+        for (QAction *a : w->findChild<QMenu *>()->actions())
+            if (a->text() == "Restore Automatic Range")
+                a->trigger();
+        QCOMPARE(range(), automatic);
+    }
+
+    void exports_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("suffix");
+        for (const char *kind : {"painted", "gl"})
+            for (const char *suffix : {"png", "svg", "pdf"})
+                QTest::addRow("%s %s", kind, suffix) << kind << suffix;
+    }
+
+    // Exports open, have the asked size and hold the plot's lines, with or
+    // without a GL context (the GL plot is not even shown here).
+    void exports()
+    {
+        QFETCH(QString, kind);
+        QFETCH(QString, suffix);
+        Plot plot = makePlot(kind);
+        QVERIFY(plot.add("trace", {0, 1, 2, 3}, {0, 3, 1, 2}));
+        const QString path = m_dir.filePath(kind + "." + suffix);
+        const QSize size(640, 360);
+        QVERIFY(plot.exportPlot(path, size));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray bytes = file.readAll();
+        if (suffix == "svg") {
+            QSvgRenderer svg(bytes);
+            QVERIFY(svg.isValid());
+            QCOMPARE(svg.viewBox(), QRect(QPoint(0, 0), size)); // drawn in pixels
+            QVERIFY(bytes.contains("<polyline") && bytes.contains("#0000ff"));
+        } else if (suffix == "pdf") {
+            QVERIFY(bytes.startsWith("%PDF-"));
+            // Pixels at the screen's resolution, in points.
+            const double dpi = plot.widget->logicalDpiX();
+            const int at = bytes.indexOf("/MediaBox [0 0 ") + 15;
+            const QList<QByteArray> box = bytes.mid(at, bytes.indexOf(']', at) - at).split(' ');
+            QVERIFY(at > 15 && box.size() == 2);
+            QVERIFY2(std::fabs(box[0].toDouble() - 640 * 72 / dpi) < 0.5, box[0].constData());
+            QVERIFY2(std::fabs(box[1].toDouble() - 360 * 72 / dpi) < 0.5, box[1].constData());
+        } else {
+            const QImage image = QImage::fromData(bytes);
+            QCOMPARE(image.size(), size);
+            QVERIFY(countWhere(image, image.rect(), isBlue) > 100);
+        }
+        QVERIFY(!plot.exportPlot(m_dir.filePath("plot.unknown"), size));
+        QVERIFY(!plot.exportPlot(m_dir.filePath("no/such/folder/plot.png"), size));
+        plot.copy();
+        QCOMPARE(QGuiApplication::clipboard()->image().size(), QSize(120, 90));
+    }
+
+    void paintedPlotSignals()
+    {
+        CZOSXYPlot plot(nullptr, "plot");
+        plot.resize(270, 270);
+        QVERIFY(plot.addDataLine("l", {10, 20}, {0, 100}));
+        QSignalSpy nx(&plot, &CZOSXYPlot::normalizedPosXChanged);
+        QSignalSpy ax(&plot, &CZOSXYPlot::actualPlotXValueChanged);
+        QSignalSpy ay(&plot, &CZOSXYPlot::actualPlotYValueChanged);
+        send(&plot, QEvent::MouseButtonPress, Qt::LeftButton, QPoint(85, 185));
+        QCOMPARE(nx.count(), 1);
+        QCOMPARE((V{nx.at(0).at(0).toDouble(), ax.at(0).at(0).toDouble(), ay.at(0).at(0).toDouble()}),
+                 (V{0.25, 12.5, 25.0}));
+        send(&plot, QEvent::MouseMove, Qt::LeftButton, QPoint(135, 135));
+        QCOMPARE(ax.count(), 2);
+        QCOMPARE(ax.at(1).at(0).toDouble(), 15.0);
+        send(&plot, QEvent::MouseButtonRelease, Qt::LeftButton, QPoint(135, 135));
+        send(&plot, QEvent::MouseMove, Qt::NoButton, QPoint(150, 150));
+        send(&plot, QEvent::MouseButtonPress, Qt::LeftButton, QPoint(5, 5)); // outside the plot area
+        send(&plot, QEvent::MouseButtonPress, Qt::LeftButton, QPoint(150, 150), Qt::ShiftModifier); // a band
+        QCOMPARE(ax.count(), 2);
+        // The grid submenu and its API agree.
+        QMenu *grid = nullptr;
+        for (QMenu *menu : plot.findChildren<QMenu *>())
+            grid = menu->title() == QLatin1String("Display Grid Lines") ? menu : grid;
+        QCOMPARE(texts(grid->actions()), (QStringList{"None", "Vertical", "Horizontal", "Both"}));
+        for (QAction *a : grid->actions())
+            QVERIFY(a->isCheckable() && !a->icon().isNull());
+        grid->actions().at(2)->trigger();
+        QCOMPARE(plot.getGridType(), int(EGT_HORIZONTAL));
+        plot.setGridType(EGT_VERTICAL);
+        QVERIFY(grid->actions().at(1)->isChecked());
+        plot.setGridType(7);
+        QCOMPARE(plot.getGridType(), int(EGT_NONE));
+        // getPrintImage is the plot at the widget's size, as the screen shows it
+        // (inside the plot area: texts are antialiased for their own device).
+        const QImage print = plot.getPrintImage();
+        QCOMPARE(print.size(), plot.size());
+        const QRect inside(36, 30, 199, 204);
+        QCOMPARE(print.copy(inside).convertToFormat(QImage::Format_RGB32),
+                 plot.grab().toImage().copy(inside).convertToFormat(QImage::Format_RGB32));
+        plot.resize(0, 0);
+        QVERIFY(!plot.getPrintImage().isNull());
+    }
+
+    void glPicture()
+    {
+        CZOSGLXYPlot plot(nullptr, "gl");
+        plot.resize(400, 300);
+        plot.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&plot));
+        V x, y;
+        for (int i = 0; i <= 100; ++i) {
+            x << i * 0.1;
+            y << i * 0.1;
+        }
+        QVERIFY(plot.addDataLine("rising", x, y, {}, {0.5}));
+        plot.showLegend(false);
+        REQUIRE_GL(plot);
+        const QImage image = plot.getPrintImage();
+        QCOMPARE(image.size(), QSize(400, 300));
+        int x0 = 0, y0 = 0, x1 = 0, y1 = 0;
+        plot.convertObjectToWindowCoords(0, 0, x0, y0);
+        plot.convertObjectToWindowCoords(10, 10, x1, y1);
+        // Axes along the plot area's left and bottom edges (the Y range starts
+        // at -1 to hold the error bar; away from the curve's start and the bar).
+        int axisLeft = 0, axisY = 0;
+        plot.convertObjectToWindowCoords(0, plot.getYDisplayMin(), axisLeft, axisY);
+        QVERIFY(countWhere(image, QRect(x0 - 1, y1 + 5, 3, y0 - y1 - 20), isDark) >= y0 - y1 - 20);
+        QVERIFY(countWhere(image, QRect(x0 + 5, axisY - 1, x1 - x0 - 10, 3), isDark) >= x1 - x0 - 10);
+        // The curve rises from the bottom left; the first point carries a red error bar.
+        QVERIFY(countWhere(image, QRect(x0 + 1, y0 - 20, 20, 19), isBlue) > 3);
+        QCOMPARE(countWhere(image, QRect(x1 - 20, y0 - 20, 19, 19), isBlue), 0);
+        QVERIFY(countWhere(image, QRect(x0 - 2, y0 - 20, 5, 19), isRed) > 5);
+        QCOMPARE(plot.lastStripSizes(), QVector<int>{101});
+        // The GL picture and the QPainter export draw the same curve, within two pixels.
+        const QImage exported = plot.renderImage();
+        auto blueBox = [](const QImage &i) {
+            QRect box;
+            for (int r = 0; r < i.height(); ++r)
+                for (int c = 0; c < i.width(); ++c)
+                    box |= isBlue(i.pixel(c, r)) ? QRect(c, r, 1, 1) : QRect();
+            return box;
+        };
+        const QRect a = blueBox(image), b = blueBox(exported);
+        const QPoint d1 = a.topLeft() - b.topLeft(), d2 = a.bottomRight() - b.bottomRight();
+        QVERIFY2(std::max({qAbs(d1.x()), qAbs(d1.y()), qAbs(d2.x()), qAbs(d2.y())}) <= 2,
+                 qPrintable(QString("%1,%2 %3,%4").arg(b.left()).arg(b.top()).arg(b.right()).arg(b.bottom())));
+        plot.setXAxisReversed(true);
+        const QImage flipped = plot.getPrintImage();
+        QCOMPARE(countWhere(flipped, QRect(x0 + 1, y0 - 20, 20, 19), isBlue), 0);
+        QVERIFY(countWhere(flipped, QRect(400 - x0 - 21, y0 - 20, 20, 19), isBlue) > 3);
+        // Each point style draws, backwards off breaks the strip, a staircase doubles the steps.
+        plot.clear();
+        QVERIFY(plot.getPrintImage().pixel(10, 10) != 0);
+        DISPLAY_SETTINGS s;
+        s.displayMode = EDM_POINTS;
+        for (int style : {EPS_PLUS, EPS_CROSS, EPS_ROUND, EPS_SQUARE}) {
+            s.pointStyle = style;
+            QVERIFY(plot.addDataLine("p", {1, 2}, {1, 2}, {}, {}, &s));
+            QVERIFY(countWhere(plot.getPrintImage(), QRect(0, 0, 400, 300), isBlue) > 0);
+        }
+        s.displayMode = EDM_STAIRCASE;
+        QVERIFY(plot.addDataLine("p", {1, 2, 3, 2, 3}, {1, 2, 3, 4, 5}, {}, {}, &s));
+        plot.setBackwards(false);
+        plot.getPrintImage();
+        QCOMPARE(plot.lastStripSizes(), (QVector<int>{5, 3}));
+        plot.resize(30, 20); // smaller than the margins
+        QVERIFY(!plot.getPrintImage().isNull());
+        plot.resize(0, 0);
+        QVERIFY(plot.getPrintImage().isNull());
+    }
+
+    void glReducedCurveLooksTheSame()
+    {
+        CZOSGLXYPlot plot(nullptr, "gl");
+        plot.resize(800, 400);
+        plot.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&plot));
+        const int n = 200000;
+        V x(n), y(n);
+        quint32 state = 1;
+        for (int i = 0; i < n; ++i) {
+            state = state * 1664525u + 1013904223u;
+            x[i] = i;
+            y[i] = std::sin(i * 2e-4) * 50 + (state >> 24) * 0.05;
+        }
+        QVERIFY(plot.addDataLine("trace", x, y));
+        REQUIRE_GL(plot);
+        const QImage reduced = plot.getPrintImage();
+        QVERIFY(plot.lastStripSizes().value(0) < 4 * 800);
+        plot.setCurveReduction(false);
+        const QImage full = plot.getPrintImage();
+        QCOMPARE(plot.lastStripSizes().value(0), n);
+        int differing = 0;
+        for (int r = 0; r < full.height(); ++r)
+            for (int c = 0; c < full.width(); ++c)
+                differing += reduced.pixel(c, r) != full.pixel(c, r);
+        QVERIFY2(differing <= 8, qPrintable(QString::number(differing)));
+        QVERIFY(countWhere(full, full.rect(), isBlue) > 5000);
+    }
+
+    void neverShownGLPlotPrints()
+    {
+        CZOSGLXYPlot hidden(nullptr, "hidden");
+        hidden.resize(200, 100);
+        QVERIFY(hidden.addDataLine("l", {0, 1}, {0, 1}));
+        const QImage image = hidden.getPrintImage(); // a picture or a null image, never a crash
+        if (!image.isNull())
+            QCOMPARE(image.size(), QSize(200, 100));
+        QCOMPARE(hidden.renderImage().size(), QSize(200, 100));
+    }
+};
+
+QTEST_MAIN(TestPlotWidgets)
+#include "tst_czosplotwidgets.moc"
