@@ -162,7 +162,8 @@ void TestCCDCorrections::readSigma()
     for (const QSize size : {QSize(67, 13), QSize(300, 230), QSize(640, 480)}) {
         const int w = size.width(), h = size.height(), high = w == 640 ? 0xFF00 : 0;
         auto random = [&](int x, int y) { return y == 0 && x < 11 ? edges[x] : int(rng() % 65536) | high; };
-        for (int path = 0; path < 6; ++path) { // public, vectors, scalar; each fresh and accumulating
+        // Paths: public (AVX2 where the processor has it), SSE2, scalar; each fresh and accumulating.
+        for (int path = 0; path < 6; ++path) {
             const bool accumulate = path % 2;
             CILImage src = image(w, h, random), mask(w, h), sum = image(w, h, random);
             CILImage count = image(w, h, [&](int, int) { return int(rng() % 4) * 21845; });
@@ -182,9 +183,9 @@ void TestCCDCorrections::readSigma()
             else if (!ZoReadSigma::strictIntegerRange(lower, upper, first, last))
                 continue; // nothing to accumulate; the public path covers it
             else if (path < 4)
-                ZoReadSigma::accumulateImages<true>(src, sum, count, mask, first, last, accumulate);
+                ZoReadSigma::accumulateImages<8>(src, sum, count, mask, first, last, accumulate);
             else
-                ZoReadSigma::accumulateImages<false>(src, sum, count, mask, first, last, accumulate);
+                ZoReadSigma::accumulateImages<0>(src, sum, count, mask, first, last, accumulate);
             const CILImage *got[4] = {&src, &sum, &count, &mask};
             for (int k = 0; k < 4; ++k) {
                 ref[k].RefreshImageStats();

@@ -297,7 +297,11 @@ bool createReadSigmaImage(CILImage *source, CILImage *sum, quint16 *unused, CILI
     quint16 first = 0;
     quint16 last = 0;
     if (n > 0 && ZoReadSigma::strictIntegerRange(lowerLimit, upperLimit, first, last)) {
-        ZoReadSigma::accumulateImages(*source, *sum, *count, *mask, first, last, accumulate != 0);
+        if (ZoReadSigma::hasAvx2())
+            ZoReadSigma::accumulateImages<16>(*source, *sum, *count, *mask, first, last, accumulate != 0);
+        else
+            ZoReadSigma::accumulateImages<ZoReadSigma::BaselineWidth>(*source, *sum, *count, *mask, first, last,
+                                                                      accumulate != 0);
         return true;
     }
 
