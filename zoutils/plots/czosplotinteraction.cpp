@@ -1,4 +1,5 @@
 #include "czosplotinteraction.h"
+#include "czosavefile.h"
 
 #include "czoslog.h"
 #include "czosplotcore.h"
@@ -20,7 +21,6 @@
 #include <QPainter>
 #include <QPdfWriter>
 #include <QRubberBand>
-#include <QSaveFile>
 #include <QSpinBox>
 #include <QSvgGenerator>
 #include <QWheelEvent>
@@ -225,38 +225,37 @@ bool CZOSPlotInteraction::exportPlot(const QString &path, const QSize &size) con
     const QColor background = exportBackground();
     // Written beside the target and renamed over it, so a failed export
     // leaves an older file whole.
-    QSaveFile file(path);
-    bool ok = file.open(QIODevice::WriteOnly);
+    CZOSaveFile file(path);
+    bool ok = file.open();
+    const auto paintOn = [&](QPaintDevice *device) {
+        QPainter painter;
+        if (!painter.begin(device)) {
+            return false;
+        }
+        CZOSPlotPainter::paint(painter, *m_pCore, s.width(), s.height(), background);
+        return painter.end();
+    };
     if (ok && suffix == QLatin1String("svg")) {
         QSvgGenerator svg;
-        svg.setOutputDevice(&file);
+        svg.setOutputDevice(file.device());
         svg.setSize(s);
         svg.setViewBox(QRect(QPoint(0, 0), s));
         svg.setResolution(screenDpi(m_pWidget));
         svg.setTitle(m_pCore->getTitle());
-        QPainter painter;
-        ok = painter.begin(&svg);
-        if (ok) {
-            CZOSPlotPainter::paint(painter, *m_pCore, s.width(), s.height(), background);
-            ok = painter.end();
-        }
+        ok = paintOn(&svg);
     } else if (ok && suffix == QLatin1String("pdf")) {
-        QPdfWriter pdf(&file);
+        QPdfWriter pdf(file.device());
         const int dpi = screenDpi(m_pWidget);
         pdf.setResolution(dpi);
         pdf.setPageMargins(QMarginsF(0, 0, 0, 0));
         pdf.setPageSize(QPageSize(QSizeF(s.width() * 72.0 / dpi, s.height() * 72.0 / dpi), QPageSize::Point,
                                   QString(), QPageSize::ExactMatch));
         pdf.setTitle(m_pCore->getTitle());
-        QPainter painter;
-        ok = painter.begin(&pdf);
-        if (ok) {
-            CZOSPlotPainter::paint(painter, *m_pCore, s.width(), s.height(), background);
-            ok = painter.end();
-        }
+        ok = paintOn(&pdf);
     } else if (ok) {
         const QByteArray format = suffix.toLatin1();
-        ok = QImageWriter::supportedImageFormats().contains(format) && renderImage(s).save(&file, format.constData());
+        ok = QImageWriter::supportedImageFormats().contains(format)
+            && renderImage(s).save(file.device(), format.constData());
     }
     ok = ok && file.commit();
     if (!ok) {
