@@ -25,7 +25,7 @@ driver=${1:?usage: faultcheck.sh [--fast] DRIVER [OPERATION ...]}
 shift
 operations=("$@")
 [ ${#operations[@]} -gt 0 ] ||
-  operations=(csv-set csv-add csv-remove csv-cut probes autobkg profile clickinfo tiff queue-init queue-add)
+  operations=(csv-set csv-set-again csv-add csv-remove csv-cut probes autobkg profile clickinfo tiff queue-init queue-add)
 command -v strace >/dev/null || { echo "faultcheck: strace is not installed" >&2; exit 1; }
 
 export QT_QPA_PLATFORM=offscreen

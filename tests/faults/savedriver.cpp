@@ -183,6 +183,17 @@ const std::map<QString, Operation> &operations()
              beginSave();
              return exitCode(parser.setCSVColumnValue(7, 1, QStringLiteral("a much longer name")) == ES_SUCCESS);
          }}},
+        // A later change of the same parser: through the swapped staging file,
+        // keeping the rows after the changed one without a look.
+        {"csv-set-again", {csvPrepare, [] {
+             CZOSCSVParser parser(at("table.csv"), kHeader);
+             const QString name = parser.getCSVColumnValue(20, 1);
+             if (parser.setCSVColumnValue(20, 1, QStringLiteral("x")) != ES_SUCCESS
+                 || parser.setCSVColumnValue(20, 1, name) != ES_SUCCESS)
+                 return 2;
+             beginSave();
+             return exitCode(parser.setCSVColumnValue(7, 1, QStringLiteral("a much longer name")) == ES_SUCCESS);
+         }}},
         {"csv-add", {csvPrepare, [] {
              CZOSCSVParser parser(at("table.csv"), kHeader);
              beginSave();

@@ -1,5 +1,6 @@
 #include "ccdcorrections.h"
 #include "ccdcorrections_p.h"
+#include "zocpu_p.h"
 
 #include "cilimage.h"
 #include "cplclickinfo.h"
@@ -297,7 +298,7 @@ bool createReadSigmaImage(CILImage *source, CILImage *sum, quint16 *unused, CILI
     quint16 first = 0;
     quint16 last = 0;
     if (n > 0 && ZoReadSigma::strictIntegerRange(lowerLimit, upperLimit, first, last)) {
-        if (ZoReadSigma::hasAvx2())
+        if (zoHasAvx2())
             ZoReadSigma::accumulateImages<16>(*source, *sum, *count, *mask, first, last, accumulate != 0);
         else
             ZoReadSigma::accumulateImages<ZoReadSigma::BaselineWidth>(*source, *sum, *count, *mask, first, last,

@@ -172,10 +172,10 @@ qint64 accumulateSse2(const quint16 *source, quint16 *sum, quint16 *count, quint
 }
 #endif
 
-// Where the build has it (ZO_READ_SIGMA_AVX2), the same loop as accumulateSse2()
+// Where the build has it (ZO_AVX2), the same loop as accumulateSse2()
 // on 16 pixels a step, in ccdcorrections_avx2.cpp, the one file built for AVX2.
 // It only writes fields of `stats`, so that no inline code of this header is
-// emitted there with AVX2 instructions. Call it only when hasAvx2().
+// emitted there with AVX2 instructions. Call it only when zoHasAvx2().
 qint64 accumulateAvx2(bool fresh, const quint16 *source, quint16 *sum, quint16 *count, quint16 *mask, qint64 n,
                       quint16 first, quint16 span, FrameStats &stats);
 
@@ -186,17 +186,6 @@ constexpr int BaselineWidth = 8;
 #else
 constexpr int BaselineWidth = 0;
 #endif
-
-// True where the build has accumulateAvx2() and the processor runs it.
-inline bool hasAvx2()
-{
-#ifdef ZO_READ_SIGMA_AVX2
-    static const bool yes = __builtin_cpu_supports("avx2");
-    return yes;
-#else
-    return false;
-#endif
-}
 
 // Accumulates one whole frame and gathers the statistics of all four images.
 template <bool Fresh, int Width>

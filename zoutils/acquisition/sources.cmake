@@ -9,9 +9,10 @@ list(APPEND ZO_UTILS_SOURCES
   acquisition/autobkglist.h acquisition/autobkglist.cpp
 )
 # The read-noise loop for AVX2, chosen at run time; built where GCC or Clang
-# target x86-64, which may not assume AVX2 anywhere else.
+# target x86-64, which may not assume AVX2 anywhere else (ZO_AVX2: the data
+# folder builds its AVX2 file under the same condition).
 if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang" AND CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
   list(APPEND ZO_UTILS_SOURCES acquisition/ccdcorrections_avx2.cpp)
   set_source_files_properties(acquisition/ccdcorrections_avx2.cpp PROPERTIES COMPILE_OPTIONS -mavx2)
-  set(ZO_READ_SIGMA_AVX2 ON)
+  set(ZO_AVX2 ON)
 endif()

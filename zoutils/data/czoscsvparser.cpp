@@ -1,7 +1,9 @@
 #include "czoscsvparser.h"
+#include "czoscsvparser_p.h"
 
 #include "czosavefile.h"
 #include "czoslog.h"
+#include "zocpu_p.h"
 #include "zoplatform.h"
 
 #include <QByteArray>
@@ -105,6 +107,10 @@ int tidyRun(const char *data, int size, int stopLine, int watch, int &lines)
         return true;
     };
     int i = 0;
+#ifdef ZO_AVX2
+    if (zoHasAvx2()) // the long tidy stretches, 64 bytes a step
+        i = ZoCsvScan::tidyBlocksAvx2(data, size, watch, wanted, count, lineStart);
+#endif
 #ifdef __SSE2__
     const __m128i newline = _mm_set1_epi8('\n');
     for (; i + 16 <= size; i += 16) {
@@ -200,7 +206,12 @@ public:
         flush();
         if (!bytes.isEmpty())
             m_pieces.append(bytes);
+        // Kept blocks are tidy lines; new bytes are tidy when they are one.
+        m_tidy = m_tidy && bytes.size() > 2 && bytes.indexOf('\n') == bytes.size() - 1 && bytes.endsWith(kLineEnd);
     }
+
+    // True when the new text is tidy lines only, each ending in "\r\n".
+    bool tidy() const { return m_tidy; }
 
     const QList<QByteArray> &pieces()
     {
@@ -220,6 +231,7 @@ private:
     QList<QByteArray> m_pieces;
     int m_runBegin = -1; // the pending piece of source lines, [begin, end)
     int m_runEnd = -1;
+    bool m_tidy = true;
 };
 
 // Where the new text of `pieces` first differs from `old` (its length when
@@ -247,9 +259,12 @@ void compareText(const QByteArray &old, const QList<QByteArray> &pieces, qint64 
 
 // Walks every line of `source`: stretches of tidy lines (see tidyRun) are kept
 // whole; every other non-empty line goes to look(line, length, number).
-// Line `stopLine` and lines starting with `watch` always go to look().
+// Line `stopLine` and lines starting with `watch` always go to look(). With
+// `tidyAfterStop`, the lines after line `stopLine` are known to be tidy and
+// are kept without a look.
 template <typename Look>
-void rewriteLines(const QByteArray &source, Rewriter &rewriter, int stopLine, int watch, Look look)
+void rewriteLines(const QByteArray &source, Rewriter &rewriter, int stopLine, int watch, Look look,
+                  bool tidyAfterStop = false)
 {
     const char *const data = source.constData();
     const int size = source.size();
@@ -268,6 +283,10 @@ void rewriteLines(const QByteArray &source, Rewriter &rewriter, int stopLine, in
         };
         visitLine(data + end, lineEnd - end, visit);
         pos = lineEnd + 1;
+        if (tidyAfterStop && number > stopLine) {
+            rewriter.keepBlock(qMin(pos, size), size);
+            break;
+        }
     }
 }
 
@@ -349,20 +368,22 @@ tag_estatus CZOSCSVParser::checkFile()
         return ES_INVALID_POINTER;
     if (!m_pFile->isOpen() || !m_pStream)
         return ES_FILE_OPERATION_FAILED;
+    m_pStream->flush();
     // Another parser or program may have replaced the file since: follow it.
-    if (!ZOPlatform::isSameFile(*m_pFile, m_strTarget) && QFile::exists(m_strTarget)) {
-        m_pStream->flush();
-        if (!reopen(m_pFile))
+    if (!ZOPlatform::isSameFile(*m_pFile, m_strTarget, &m_seen) && QFile::exists(m_strTarget)) {
+        m_tidyStamp = m_seen = ZOFileStamp();
+        if (!reopen())
             return ES_FILE_OPERATION_FAILED;
     }
+    // The caller's text through the stream moves the file's position off the end.
+    m_bKnownTidy = m_tidyStamp.size >= 0 && m_seen == m_tidyStamp && m_pFile->pos() == m_seen.size;
     return ES_SUCCESS;
 }
 
-bool CZOSCSVParser::reopen(QFile *file)
+bool CZOSCSVParser::reopen()
 {
-    file->close();
-    // The staging file is written in pieces: let Qt gather them.
-    return file->open(file == m_pFile ? QIODevice::ReadWrite | QIODevice::Unbuffered : QIODevice::ReadWrite);
+    m_pFile->close();
+    return m_pFile->open(QIODevice::ReadWrite | QIODevice::Unbuffered);
 }
 
 void CZOSCSVParser::dropScratch()
@@ -377,7 +398,7 @@ void CZOSCSVParser::dropScratch()
 // Appending, or cutting rows off the end, changes the file in place with one
 // write or one truncation; a failed append is cut off again. Every other
 // change is swapped in whole (swapIn), so the file never holds a mix.
-tag_estatus CZOSCSVParser::writeText(const QByteArray &old, const QList<QByteArray> &pieces)
+tag_estatus CZOSCSVParser::writeText(const QByteArray &old, const QList<QByteArray> &pieces, bool tidy)
 {
     qint64 firstChange = 0;
     qint64 size = 0;
@@ -396,12 +417,18 @@ tag_estatus CZOSCSVParser::writeText(const QByteArray &old, const QList<QByteArr
         ok = m_pFile->seek(oldSize) && m_pFile->write(tail) == tail.size();
         if (!ok)
             m_pFile->resize(oldSize);
+        m_tidyStamp = ZOFileStamp(); // the row may hold anything
     } else if (firstChange == size && size < oldSize) {
         ok = m_pFile->resize(size);
+        m_tidyStamp = ZOFileStamp();
     } else if (firstChange < size) {
         ok = swapIn(pieces, size);
+        // Remembered so that the next change can keep the lines after its row
+        // without a look (only a write within the same tick of the file
+        // system's clock could go unseen, and would only stay untidied).
+        m_tidyStamp = ok && tidy ? ZOPlatform::fileStamp(*m_pFile) : ZOFileStamp();
     }
-    m_pStream->seek(m_pFile->size());
+    m_pStream->seek(ok ? size : m_pFile->size());
     return ok ? ES_SUCCESS : ES_FILE_OPERATION_FAILED;
 }
 
@@ -411,22 +438,25 @@ tag_estatus CZOSCSVParser::writeText(const QByteArray &old, const QList<QByteArr
 bool CZOSCSVParser::swapIn(const QList<QByteArray> &pieces, qint64 size)
 {
     if (m_bExchange && !m_pScratch) {
+        // Unbuffered like the table, which it becomes at the next change.
         m_pScratch = new QFile(CZOSaveFile::newStagingPath(m_strTarget));
-        if (!m_pScratch->open(QIODevice::ReadWrite | QIODevice::NewOnly)
-            || !m_pScratch->setPermissions(m_pFile->permissions()))
+        if (!m_pScratch->open(QIODevice::ReadWrite | QIODevice::Unbuffered | QIODevice::NewOnly)
+            || !m_pScratch->setPermissions(QFile::permissions(m_strTarget)))
             dropScratch();
     }
     if (m_pScratch) {
         bool ok = m_pScratch->seek(0);
         for (const QByteArray &piece : pieces)
             ok = ok && m_pScratch->write(piece) == piece.size();
-        ok = m_pScratch->flush() && ok && (m_pScratch->size() == size || m_pScratch->resize(size));
+        ok = ok && (m_pScratch->size() == size || m_pScratch->resize(size));
         bool supported = true;
         if (ok && ZOPlatform::exchangeFiles(m_pScratch->fileName(), m_strTarget, &supported)) {
-            // Each open file is now the other's: the table's name holds the new text.
-            if (!reopen(m_pScratch))
+            // Each name now holds the other's text; the open files follow
+            // their names, so that neither needs opening again.
+            if (!ZOPlatform::swapOpenFiles(*m_pFile, *m_pScratch)) {
                 dropScratch();
-            reopen(m_pFile);
+                reopen();
+            }
             return true;
         }
         dropScratch(); // a failed change leaves no staging file
@@ -440,17 +470,23 @@ bool CZOSCSVParser::swapIn(const QList<QByteArray> &pieces, qint64 size)
         text += piece;
     if (!CZOSaveFile::save(m_strTarget, text))
         return false;
-    reopen(m_pFile);
+    reopen();
     return true;
 }
 
 bool CZOSCSVParser::readFile(QByteArray &contents)
 {
-    m_pStream->flush();
     if (!m_pFile->seek(0))
         return false;
-    contents = m_pFile->readAll();
-    return m_pFile->error() == QFileDevice::NoError;
+    if (m_seen.size < 0) {
+        contents = m_pFile->readAll();
+        return m_pFile->error() == QFileDevice::NoError;
+    }
+    // The size checkFile() has just seen saves asking for it again.
+    contents.resize(int(qMin(m_seen.size, qint64(std::numeric_limits<int>::max()))));
+    const qint64 n = m_pFile->read(contents.data(), contents.size());
+    contents.resize(int(qMax(n, qint64(0))));
+    return n >= 0;
 }
 
 template <typename Visit>
@@ -516,7 +552,7 @@ tag_estatus CZOSCSVParser::addHeader(QStringList header)
                 rewriter.keep(line, length);
             return true;
         });
-    return writeText(contents, rewriter.pieces());
+    return writeText(contents, rewriter.pieces(), rewriter.tidy());
 }
 
 tag_estatus CZOSCSVParser::addRow(QStringList fields)
@@ -534,7 +570,7 @@ tag_estatus CZOSCSVParser::addRow(QStringList fields)
         rewriter.keep(line, length);
     });
     rewriter.append(row); // no line end after the last row, deliberately
-    return writeText(contents, rewriter.pieces());
+    return writeText(contents, rewriter.pieces(), rewriter.tidy());
 }
 
 tag_estatus CZOSCSVParser::removeRow(QString key)
@@ -554,7 +590,7 @@ tag_estatus CZOSCSVParser::removeRow(QString key)
         if (!firstFieldEquals(line, length, keyBytes))
             rewriter.keep(line, length);
     });
-    return writeText(contents, rewriter.pieces());
+    return writeText(contents, rewriter.pieces(), rewriter.tidy());
 }
 
 tag_estatus CZOSCSVParser::setCSVColumnValue(int row, int column, QString value)
@@ -592,8 +628,8 @@ tag_estatus CZOSCSVParser::setCSVColumnValue(int row, int column, QString value)
         }
         if (!changed.isEmpty()) // an emptied row would be skipped from now on anyway
             rewriter.append(changed.append(kLineEnd, 2));
-    });
-    return writeText(contents, rewriter.pieces());
+    }, m_bKnownTidy);
+    return writeText(contents, rewriter.pieces(), rewriter.tidy());
 }
 
 QString CZOSCSVParser::getCSVColumnValue(int row, int column)

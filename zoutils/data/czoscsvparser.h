@@ -26,6 +26,7 @@
 
 #include "zoutils_export.h"
 #include "zoenums.h"
+#include "zoplatform.h"
 
 #include <QString>
 #include <QStringList>
@@ -90,9 +91,9 @@ private:
     tag_estatus checkFile();
     bool readFile(QByteArray &contents);
     template <typename Visit> void scanLines(Visit visit);
-    tag_estatus writeText(const QByteArray &old, const QList<QByteArray> &pieces);
+    tag_estatus writeText(const QByteArray &old, const QList<QByteArray> &pieces, bool tidy);
     bool swapIn(const QList<QByteArray> &pieces, qint64 size);
-    bool reopen(QFile *file);
+    bool reopen();
     void dropScratch();
 
     QFile *m_pFile = nullptr;         // owned; null in copies
@@ -101,4 +102,7 @@ private:
     QString m_strTarget;              // the file's absolute path, links followed
     QFile *m_pScratch = nullptr;      // owned; the staging file changes are written to
     bool m_bExchange = true;          // false once the file system refused to swap files
+    ZOFileStamp m_tidyStamp;          // the file as this parser's last change left it: tidy lines
+    bool m_bKnownTidy = false;        // the file is still as that change left it
+    ZOFileStamp m_seen;               // the file as the last operation's check found it
 };

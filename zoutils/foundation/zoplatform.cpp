@@ -124,28 +124,97 @@ bool exchangeFiles(const QString &a, const QString &b, bool *supported)
     return false;
 }
 
-bool isSameFile(const QFileDevice &file, const QString &path)
+bool swapOpenFiles(QFileDevice &a, QFileDevice &b)
 {
 #ifdef Q_OS_WIN
+    const auto dup = ::_dup;
+    const auto dup2 = ::_dup2;
+    const auto close = ::_close;
+#else
+    const auto dup = ::dup;
+    const auto dup2 = ::dup2;
+    const auto close = ::close;
+#endif
+    const int first = a.handle();
+    const int second = b.handle();
+    const int kept = first < 0 || second < 0 ? -1 : dup(first);
+    if (kept < 0)
+        return false;
+    bool ok = dup2(second, first) >= 0;
+    ok = ok && dup2(kept, second) >= 0;
+    close(kept);
+    return ok;
+}
+
+#ifdef Q_OS_WIN
+namespace {
+bool fileInformation(HANDLE handle, BY_HANDLE_FILE_INFORMATION *info)
+{
+    return handle != INVALID_HANDLE_VALUE && GetFileInformationByHandle(handle, info);
+}
+ZOFileStamp stampOf(const BY_HANDLE_FILE_INFORMATION &info)
+{
+    const auto join = [](DWORD high, DWORD low) { return (qint64(high) << 32) | low; };
+    ZOFileStamp stamp;
+    stamp.file = quint64(join(info.nFileIndexHigh, info.nFileIndexLow));
+    stamp.size = join(info.nFileSizeHigh, info.nFileSizeLow);
+    stamp.written = join(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime);
+    stamp.changed = stamp.written; // Windows keeps no separate change time here
+    return stamp;
+}
+} // namespace
+
+bool isSameFile(const QFileDevice &file, const QString &path, ZOFileStamp *stamp)
+{
     const HANDLE open = reinterpret_cast<HANDLE>(_get_osfhandle(file.handle()));
     const HANDLE named = CreateFileW(reinterpret_cast<const wchar_t *>(QDir::toNativeSeparators(path).utf16()), 0,
                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                      OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-    if (open == INVALID_HANDLE_VALUE || named == INVALID_HANDLE_VALUE) {
-        if (named != INVALID_HANDLE_VALUE)
-            CloseHandle(named);
-        return false;
-    }
     BY_HANDLE_FILE_INFORMATION first, second;
-    const bool ok = GetFileInformationByHandle(open, &first) && GetFileInformationByHandle(named, &second);
-    CloseHandle(named);
+    const bool ok = fileInformation(open, &first) && fileInformation(named, &second);
+    if (named != INVALID_HANDLE_VALUE)
+        CloseHandle(named);
+    if (ok && stamp)
+        *stamp = stampOf(first);
     return ok && first.dwVolumeSerialNumber == second.dwVolumeSerialNumber
         && first.nFileIndexHigh == second.nFileIndexHigh && first.nFileIndexLow == second.nFileIndexLow;
-#else
-    struct stat open, named;
-    return ::fstat(file.handle(), &open) == 0 && ::stat(QFile::encodeName(path).constData(), &named) == 0
-        && open.st_dev == named.st_dev && open.st_ino == named.st_ino;
-#endif
 }
+
+ZOFileStamp fileStamp(const QFileDevice &file)
+{
+    BY_HANDLE_FILE_INFORMATION info;
+    return fileInformation(reinterpret_cast<HANDLE>(_get_osfhandle(file.handle())), &info) ? stampOf(info)
+                                                                                          : ZOFileStamp();
+}
+#else
+namespace {
+ZOFileStamp stampOf(const struct stat &info)
+{
+    ZOFileStamp stamp;
+    stamp.file = quint64(info.st_ino);
+    stamp.size = qint64(info.st_size);
+    stamp.written = qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec;
+    stamp.changed = qint64(info.st_ctim.tv_sec) * 1000000000 + info.st_ctim.tv_nsec;
+    return stamp;
+}
+} // namespace
+
+bool isSameFile(const QFileDevice &file, const QString &path, ZOFileStamp *stamp)
+{
+    struct stat open, named;
+    if (::fstat(file.handle(), &open) != 0)
+        return false;
+    if (stamp)
+        *stamp = stampOf(open);
+    return ::stat(QFile::encodeName(path).constData(), &named) == 0 && open.st_dev == named.st_dev
+        && open.st_ino == named.st_ino;
+}
+
+ZOFileStamp fileStamp(const QFileDevice &file)
+{
+    struct stat info;
+    return ::fstat(file.handle(), &info) == 0 ? stampOf(info) : ZOFileStamp();
+}
+#endif
 
 } // namespace ZOPlatform

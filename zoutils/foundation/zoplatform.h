@@ -1,7 +1,7 @@
 #pragma once
 // The one place for operating-system calls that differ between platforms:
-// memory status, the machine-wide registry, the environment folders, and two
-// file-system questions of the CSV editor. Everything else in the library is
+// memory status, the machine-wide registry, the environment folders, and the
+// file-system calls of the CSV editor. Everything else in the library is
 // platform-neutral.
 
 #include "zoutils_export.h"
@@ -15,6 +15,21 @@ struct ZOMemoryStatus {
     int loadPercent = 0;        // physical memory in use, 0 to 100
     quint64 totalPhysical = 0;  // bytes
     quint64 availablePhysical = 0; // bytes
+};
+
+// One state of an open file, cheaply told apart from others: its number,
+// size and the times of its last write and change. Two equal stamps of one
+// open file mean that nobody wrote to it in between, or wrote within one tick
+// of the file system's clock and left the size as it was.
+struct ZOFileStamp {
+    quint64 file = 0;
+    qint64 size = -1; // -1: no stamp
+    qint64 written = 0;
+    qint64 changed = 0;
+    bool operator==(const ZOFileStamp &o) const
+    {
+        return file == o.file && size == o.size && written == o.written && changed == o.changed;
+    }
 };
 
 namespace ZOPlatform {
@@ -43,8 +58,18 @@ ZOUTILS_EXPORT QString environmentFolder(const char *variable);
 // when this system or file system has no such rename; nothing changed then.
 bool exchangeFiles(const QString &a, const QString &b, bool *supported);
 
+// Makes each of the two open files refer to what the other referred to, so
+// that an open file follows its name across exchangeFiles() without being
+// opened again. False when that failed; either may then refer to what `b`
+// referred to: open both again.
+bool swapOpenFiles(QFileDevice &a, QFileDevice &b);
+
 // True when the open `file` is the file that `path` names now (same device
 // and file number); false when it was replaced or removed since it was opened.
-bool isSameFile(const QFileDevice &file, const QString &path);
+// Fills `stamp`, when given, with the open file's stamp.
+bool isSameFile(const QFileDevice &file, const QString &path, ZOFileStamp *stamp = nullptr);
+
+// The open file's stamp; no stamp when it cannot be read.
+ZOFileStamp fileStamp(const QFileDevice &file);
 
 } // namespace ZOPlatform
