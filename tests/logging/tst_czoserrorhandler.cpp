@@ -74,8 +74,7 @@ private slots:
 
     void statusTexts_data()
     {
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("status"); QTest::addColumn<QString>("text");
         QTest::newRow("23 kept spelling") << 23 << " Log updation operation failed. ";
         QTest::newRow("29 line break") << 29 << " End of buffer was encountered.\nUnable to continue.";
         QTest::newRow("77 reserved") << 77 << "";
@@ -84,8 +83,7 @@ private slots:
 
     void statusTexts()
     {
-        QFETCH(int, status);
-        QFETCH(QString, text);
+        QFETCH(int, status); QFETCH(QString, text);
         QCOMPARE(CZOSErrorHandler::statusText(tag_estatus(status)), text);
 
         // Every value but the reserved ones has a text, and no two are alike.
@@ -148,9 +146,7 @@ private slots:
 
     void shortcuts_data()
     {
-        QTest::addColumn<QString>("which");
-        QTest::addColumn<QString>("press");
-        QTest::addColumn<int>("result");
+        QTest::addColumn<QString>("which"); QTest::addColumn<QString>("press"); QTest::addColumn<int>("result");
         QTest::addColumn<bool>("visibleParentOnly");
 
         QTest::newRow("error returns the code") << "error" << "Retry" << int(QMessageBox::Retry) << false;
@@ -167,10 +163,7 @@ private slots:
 
     void shortcuts()
     {
-        QFETCH(QString, which);
-        QFETCH(QString, press);
-        QFETCH(int, result);
-        QFETCH(bool, visibleParentOnly);
+        QFETCH(QString, which); QFETCH(QString, press); QFETCH(int, result); QFETCH(bool, visibleParentOnly);
 
         QMainWindow hidden;
         const QString title = QStringLiteral("Shortcut");

@@ -99,9 +99,7 @@ private slots:
     {
         QTest::addColumn<QStringList>("messages");
         QTest::addColumn<QList<long>>("types");
-        QTest::addColumn<QString>("written");
-        QTest::addColumn<int>("warnings");
-        QTest::addColumn<int>("errors");
+        QTest::addColumn<QString>("written"); QTest::addColumn<int>("warnings"); QTest::addColumn<int>("errors");
         QTest::addColumn<bool>("userHook");
 
         const QList<long> info{1, 1, 1};
@@ -121,12 +119,8 @@ private slots:
 
     void entries()
     {
-        QFETCH(QStringList, messages);
-        QFETCH(QList<long>, types);
-        QFETCH(QString, written);
-        QFETCH(int, warnings);
-        QFETCH(int, errors);
-        QFETCH(bool, userHook);
+        QFETCH(QStringList, messages); QFETCH(QList<long>, types); QFETCH(QString, written); QFETCH(int, warnings);
+        QFETCH(int, errors); QFETCH(bool, userHook);
         if (userHook) {
             ZOPreferenceHooks hooks;
             hooks.activeUserSession = hookUser;
@@ -190,8 +184,7 @@ private slots:
 
     void rotation_data()
     {
-        QTest::addColumn<int>("oldSize");
-        QTest::addColumn<bool>("backupIsFolder");
+        QTest::addColumn<int>("oldSize"); QTest::addColumn<bool>("backupIsFolder");
         QTest::newRow("204800 bytes kept") << 204800 << false;
         QTest::newRow("204801 bytes moved to the backup") << 204801 << false;
         QTest::newRow("backup cannot be removed: log restarts anyway") << 204801 << true;
@@ -199,8 +192,7 @@ private slots:
 
     void rotation()
     {
-        QFETCH(int, oldSize);
-        QFETCH(bool, backupIsFolder);
+        QFETCH(int, oldSize); QFETCH(bool, backupIsFolder);
         const QByteArray old(oldSize, 'o');
         QFile f(path("zoactivity.log"));
         QVERIFY(f.open(QIODevice::WriteOnly) && f.write(old) == oldSize);
@@ -222,8 +214,7 @@ private slots:
 
     void unopenableFileWritesNothing_data()
     {
-        QTest::addColumn<QString>("relativePath");
-        QTest::addColumn<bool>("makeFolder");
+        QTest::addColumn<QString>("relativePath"); QTest::addColumn<bool>("makeFolder");
         QTest::newRow("a folder in the file's place") << "zoactivity.log" << true;
         QTest::newRow("a missing folder") << "missing/zoactivity.log" << false;
         QTest::newRow("statistics log cannot start: no file at all") << "zouserstats.csv" << true;
@@ -231,8 +222,7 @@ private slots:
 
     void unopenableFileWritesNothing()
     {
-        QFETCH(QString, relativePath);
-        QFETCH(bool, makeFolder);
+        QFETCH(QString, relativePath); QFETCH(bool, makeFolder);
         if (makeFolder)
             QVERIFY(QDir(m_dir->path()).mkdir(relativePath));
         const bool started = beginLog(QStringLiteral("Test"));

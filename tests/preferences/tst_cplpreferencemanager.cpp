@@ -69,8 +69,7 @@ void TestCPLPreferenceManager::answerDialog(std::function<void(CZOSUserIDDialog 
 
 void TestCPLPreferenceManager::profileFilesInNameOrder_data()
 {
-    QTest::addColumn<QStringList>("files");
-    QTest::addColumn<QStringList>("users");
+    QTest::addColumn<QStringList>("files"); QTest::addColumn<QStringList>("users");
     QTest::newRow("initials only, name order, case kept")
         << QStringList{"abc.txt", "notes.doc", "LONGNAME.txt", "AB.txt"} << QStringList{"AB", "abc"};
     QTest::newRow("eight characters is too long") << QStringList{"ABCD.txt", "A.txt", ".txt"} << QStringList{"A"};
@@ -80,8 +79,7 @@ void TestCPLPreferenceManager::profileFilesInNameOrder_data()
 
 void TestCPLPreferenceManager::profileFilesInNameOrder()
 {
-    QFETCH(QStringList, files);
-    QFETCH(QStringList, users);
+    QFETCH(QStringList, files); QFETCH(QStringList, users);
     for (const QString &file : files)
         m_folders.writeFile(m_folders.profilesFolder() + file, "*** User Input:\t(User Profile)\r\n\r\n");
     QDir().mkpath(m_folders.profilesFolder() + "DIR.txt"); // folders are not profiles
@@ -155,9 +153,7 @@ void TestCPLPreferenceManager::profilesAreCarriedOver()
 
 void TestCPLPreferenceManager::addUserRules_data()
 {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<int>("count");
+    QTest::addColumn<QString>("name"); QTest::addColumn<int>("status"); QTest::addColumn<int>("count");
     QTest::addColumn<QString>("active");
     QTest::newRow("existing name in other case activates") << "ab" << int(ES_SUCCESS) << 1 << "AB";
     QTest::newRow("two letters added upper-case") << "xy" << int(ES_SUCCESS) << 2 << "";
@@ -168,10 +164,7 @@ void TestCPLPreferenceManager::addUserRules_data()
 
 void TestCPLPreferenceManager::addUserRules()
 {
-    QFETCH(QString, name);
-    QFETCH(int, status);
-    QFETCH(int, count);
-    QFETCH(QString, active);
+    QFETCH(QString, name); QFETCH(int, status); QFETCH(int, count); QFETCH(QString, active);
     QCOMPARE(m_folders.load(), ES_SUCCESS);
     QCOMPARE(manager()->addUser(QStringLiteral("AB"), QStringLiteral("pw")), ES_SUCCESS);
     int index = -2;

@@ -134,8 +134,7 @@ void TestCPLPreferenceUser::nameComesFromTheFileAndAutoSaveIsNeverReadBack()
 
 void TestCPLPreferenceUser::damagedProfilesLoad_data()
 {
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QStringList>("sections");
+    QTest::addColumn<QByteArray>("bytes"); QTest::addColumn<QStringList>("sections");
     QTest::addColumn<QString>("group");
     QByteArray binary;
     for (int i = 0; i < 4096; ++i)
@@ -158,9 +157,7 @@ void TestCPLPreferenceUser::damagedProfilesLoad_data()
 
 void TestCPLPreferenceUser::damagedProfilesLoad()
 {
-    QFETCH(QByteArray, bytes);
-    QFETCH(QStringList, sections);
-    QFETCH(QString, group);
+    QFETCH(QByteArray, bytes); QFETCH(QStringList, sections); QFETCH(QString, group);
     m_folders.writeFile(path("AB"), bytes);
     CPLPreferenceUser user(QStringLiteral("AB"), QStringLiteral("old"));
     QCOMPARE(user.loadData(path("AB")), ES_SUCCESS);
@@ -180,8 +177,7 @@ void TestCPLPreferenceUser::damagedProfilesLoad()
 
 void TestCPLPreferenceUser::textEncodings_data()
 {
-    QTest::addColumn<QString>("value");
-    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("value"); QTest::addColumn<QByteArray>("bytes");
     QTest::newRow("latin-1 stays latin-1") << QString::fromUtf8("caf\u00e9") << QByteArray("caf\xe9");
     QTest::newRow("beyond latin-1 as utf-8") << QString::fromUtf8("\u6f22") << QByteArray("\xe6\xbc\xa2");
     // These two Latin-1 bytes would read back as one UTF-8 character.
@@ -190,8 +186,7 @@ void TestCPLPreferenceUser::textEncodings_data()
 
 void TestCPLPreferenceUser::textEncodings()
 {
-    QFETCH(QString, value);
-    QFETCH(QByteArray, bytes);
+    QFETCH(QString, value); QFETCH(QByteArray, bytes);
     CPLPreferenceUser user(QStringLiteral("EN"), QString());
     auto *section = new CPLSection(QStringLiteral("Text"));
     section->setValue(QStringLiteral("v"), value);
@@ -264,8 +259,7 @@ void TestCPLPreferenceUser::passwords()
 
 void TestCPLPreferenceUser::roiFileNumbers_data()
 {
-    QTest::addColumn<QStringList>("entries");
-    QTest::addColumn<QString>("next");
+    QTest::addColumn<QStringList>("entries"); QTest::addColumn<QString>("next");
     QStringList all;
     for (int i = 1; i < 900; ++i)
         all << QStringLiteral("ROI_%1_RO.txt").arg(i);
@@ -278,8 +272,7 @@ void TestCPLPreferenceUser::roiFileNumbers_data()
 
 void TestCPLPreferenceUser::roiFileNumbers()
 {
-    QFETCH(QStringList, entries);
-    QFETCH(QString, next);
+    QFETCH(QStringList, entries); QFETCH(QString, next);
     CPLPreferenceUser user(QStringLiteral("RO"), QString());
     QString folder;
     QCOMPARE(CPLPreferenceUser::getRoiFolderForUser(QStringLiteral("RO"), &folder), ES_SUCCESS);

@@ -157,9 +157,7 @@ void TestCZOPreference::userSelectionTellsTheViews()
 
 void TestCZOPreference::saveFilters_data()
 {
-    QTest::addColumn<QString>("format");
-    QTest::addColumn<QString>("filter");
-    QTest::addColumn<QString>("result");
+    QTest::addColumn<QString>("format"); QTest::addColumn<QString>("filter"); QTest::addColumn<QString>("result");
     QTest::newRow("preferred moves first, empty parts dropped")
         << "tif" << "PNG (*.png);;;;TIFF (*.tif);;JPEG (*.jpg);;" << "TIFF (*.tif);;PNG (*.png);;JPEG (*.jpg)";
     QTest::newRow("case-sensitive") << "TIF" << "PNG (*.png);;TIFF (*.tif)" << "PNG (*.png);;TIFF (*.tif)";
@@ -171,9 +169,7 @@ void TestCZOPreference::saveFilters_data()
 
 void TestCZOPreference::saveFilters()
 {
-    QFETCH(QString, format);
-    QFETCH(QString, filter);
-    QFETCH(QString, result);
+    QFETCH(QString, format); QFETCH(QString, filter); QFETCH(QString, result);
     CPLPreferenceUser *user = PrefsFolders::activate(QStringLiteral("SF"));
     QVERIFY(user);
     CZOPreference::setUsersPreferredFormat(QString()); // ignored
@@ -229,9 +225,7 @@ void TestCZOPreference::missingSettingsSectionIsCreatedWithItsDefaults()
 
 void TestCZOPreference::mruSizeRules_data()
 {
-    QTest::addColumn<QString>("fileList");
-    QTest::addColumn<QString>("mruSize");
-    QTest::addColumn<int>("size");
+    QTest::addColumn<QString>("fileList"); QTest::addColumn<QString>("mruSize"); QTest::addColumn<int>("size");
     QTest::newRow("list off") << "No" << "7" << 0;
     QTest::newRow("too large") << "Yes" << "12" << 5;
     QTest::newRow("negative counts as too large") << "yes" << "-3" << 5;
@@ -242,9 +236,7 @@ void TestCZOPreference::mruSizeRules_data()
 
 void TestCZOPreference::mruSizeRules()
 {
-    QFETCH(QString, fileList);
-    QFETCH(QString, mruSize);
-    QFETCH(int, size);
+    QFETCH(QString, fileList); QFETCH(QString, mruSize); QFETCH(int, size);
     auto *general = new CPLSection("General User Setting");
     general->setValue("Save File List", fileList);
     general->setValue("MRU Size", mruSize);

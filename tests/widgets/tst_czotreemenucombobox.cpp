@@ -173,9 +173,7 @@ void TestCZOTreeMenuComboBox::displayTypes()
 
 void TestCZOTreeMenuComboBox::recentList_data()
 {
-    QTest::addColumn<QStringList>("inFile");
-    QTest::addColumn<QStringList>("used");
-    QTest::addColumn<bool>("result");
+    QTest::addColumn<QStringList>("inFile"); QTest::addColumn<QStringList>("used"); QTest::addColumn<bool>("result");
     QTest::addColumn<QStringList>("recent");
     const QString a = probe(1), b = probe(2), c = probe(3);
     QTest::newRow("later copy wins") << QStringList() << QStringList{a, b, a} << true << QStringList{a, b};
@@ -191,8 +189,7 @@ void TestCZOTreeMenuComboBox::recentList_data()
 
 void TestCZOTreeMenuComboBox::recentList()
 {
-    QFETCH(QStringList, inFile);
-    QFETCH(QStringList, recent);
+    QFETCH(QStringList, inFile); QFETCH(QStringList, recent);
     writeProbes(probeFile(100, inFile));
     {
         CZOTreeMenuComboBox combo;
@@ -245,8 +242,7 @@ void TestCZOTreeMenuComboBox::badFiles_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<int>("loaded"); // -1: some, fewer than the file holds
-    QTest::addColumn<QStringList>("logLines");
-    QTest::addColumn<bool>("rewritable");
+    QTest::addColumn<QStringList>("logLines"); QTest::addColumn<bool>("rewritable");
     const QString shortLoad = "Load Failed: Expect to load 98 items, loaded  %1 items.";
     QTest::newRow("empty") << QByteArray() << 0 << QStringList{shortLoad.arg(0), "is not intact"} << false;
     QTest::newRow("not XML") << QByteArray("GFP, RFP\n") << 0 << QStringList{shortLoad.arg(0), "at line 1"} << false;
@@ -263,10 +259,7 @@ void TestCZOTreeMenuComboBox::badFiles_data()
 
 void TestCZOTreeMenuComboBox::badFiles()
 {
-    QFETCH(QByteArray, bytes);
-    QFETCH(int, loaded);
-    QFETCH(QStringList, logLines);
-    QFETCH(bool, rewritable);
+    QFETCH(QByteArray, bytes); QFETCH(int, loaded); QFETCH(QStringList, logLines); QFETCH(bool, rewritable);
     writeProbes(bytes);
     CZOTreeMenuComboBox combo;
     const int count = combo.loadedProbeCount();
