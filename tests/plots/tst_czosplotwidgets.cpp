@@ -106,24 +106,6 @@ private slots:
         QTest::newRow("gl") << "gl";
     }
 
-    void menu_data() { kinds_data(); }
-
-    void menu()
-    {
-        QFETCH(QString, kind);
-        Plot plot = makePlot(kind);
-        QMenu *menu = plot.widget->findChild<QMenu *>();
-        QVERIFY(menu);
-        QStringList expected{"Points", "Lines", "Points and Lines"};
-        if (kind == "painted")
-            expected << "Display Grid Lines";
-        expected << "Restore Automatic Range" << "Export as PNG..." << "Export as SVG..." << "Export as PDF..."
-                 << "Copy to Clipboard";
-        QCOMPARE(texts(menu->actions()), expected);
-        auto *group = plot.widget->findChild<QActionGroup *>();
-        QVERIFY(group->isExclusive() && group->actions().at(1)->isChecked());
-    }
-
     void displayModeEntries_data() { kinds_data(); }
 
     void displayModeEntries()
@@ -131,6 +113,7 @@ private slots:
         QFETCH(QString, kind);
         Plot plot = makePlot(kind);
         auto *group = plot.widget->findChild<QActionGroup *>();
+        QVERIFY(group->isExclusive() && group->actions().at(1)->isChecked()); // lines by default
         QVERIFY(plot.add("a", {1, 2}, {1, 2}));
         QVector<int> modes;
         DISPLAY_SETTINGS s;

@@ -12,8 +12,6 @@
 
 #include <functional>
 
-#include <unistd.h>
-
 namespace {
 
 using Step = std::function<void(QWidget *)>;
@@ -104,10 +102,6 @@ private slots:
     void init()
     {
         m_dir.reset(new QTemporaryDir);
-        // Group and others may look in: the permission test acts as another user.
-        QVERIFY(QFile::setPermissions(m_dir->path(), QFile::permissions(m_dir->path()) | QFileDevice::ReadGroup
-                                                         | QFileDevice::ExeGroup | QFileDevice::ReadOther
-                                                         | QFileDevice::ExeOther));
         qputenv("ZO_DATA_ROOT", m_dir->path().toLocal8Bit() + '/');
         for (const char *sub : {"open", "setup", "recent", "other"})
             QVERIFY(QDir(m_dir->path()).mkdir(sub));
@@ -237,32 +231,6 @@ private slots:
                                                       + "',\nis too long. Enter a shorter path";
         QCOMPARE(answer.seen.mid(1), button ? QStringList{m_box + question} + QStringList(answer.seen.mid(2)) : QStringList());
         QCOMPARE(answer.seen.size(), button == QMessageBox::No ? 3 : button ? 2 : 1);
-    }
-
-    void permissions()
-    {
-        touch("open/locked.tif");
-        QVERIFY(QFile::setPermissions(path("open/locked.tif"), QFileDevice::WriteOwner));
-        QVERIFY(QDir().mkdir(path("locked")));
-        QVERIFY(QFile::setPermissions(path("locked"), QFileDevice::ReadOwner | QFileDevice::ExeOwner));
-        QVERIFY(QFile::setPermissions(path("setup"), QFileDevice::WriteOwner));
-        touch("other/scan.tif");
-        // Root passes every permission check: the real user, the one they ask about, becomes "nobody" for a while.
-        const bool root = geteuid() == 0;
-        QVERIFY(!root || setresuid(65534, 0, -1) == 0);
-        Answerer answer({type("locked.tif"), click(QMessageBox::Ok), type(path("locked/out.csv")), click(QMessageBox::Ok),
-                         type(path("other/scan.tif"))});
-        QString fileName;
-        const QList<int> statuses{open(fileName, false), save(fileName), open(fileName, true)};
-        QVERIFY(!root || setresuid(0, 0, -1) == 0);
-        // An unreadable start folder still lets the user go elsewhere.
-        QCOMPARE(statuses, QList<int>({65, 64, 0}));
-        QCOMPARE(fileName, path("other/scan.tif"));
-        QCOMPARE(m_settings->getRecentFilePath(), path("recent")); // nothing remembered
-        const QString denied = m_box + " %1 permissions not enabled for the specified Folder or File.\n";
-        QCOMPARE(answer.seen.value(1), denied.arg("Read") + path("open/locked.tif"));
-        QCOMPARE(answer.seen.value(3), denied.arg("Write") + path("locked"));
-        QCOMPARE(answer.seen.size(), 5);
     }
 };
 
