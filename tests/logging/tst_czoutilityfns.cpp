@@ -90,8 +90,7 @@ private slots:
 
     void memoryLoadLimit_data()
     {
-        QTest::addColumn<quint64>("total");
-        QTest::addColumn<int>("limit");
+        QTest::addColumn<quint64>("total"); QTest::addColumn<int>("limit");
         QTest::newRow("exactly 2 GiB") << quint64(2147483648ULL) << 75;
         QTest::newRow("2 GiB + 1 byte truncates to 75") << quint64(2147483649ULL) << 75;
         QTest::newRow("3 GiB") << quint64(3) * 1024 * 1024 * 1024 << 83;
@@ -100,8 +99,7 @@ private slots:
 
     void memoryLoadLimit()
     {
-        QFETCH(quint64, total);
-        QFETCH(int, limit);
+        QFETCH(quint64, total); QFETCH(int, limit);
         QCOMPARE(CZOUtilityFns::memoryLoadLimitFor(total), limit);
     }
 
@@ -119,8 +117,7 @@ private slots:
 
     void acquisitionMachineAndBatchMode_data()
     {
-        QTest::addColumn<QVariant>("installed");
-        QTest::addColumn<bool>("acquisition");
+        QTest::addColumn<QVariant>("installed"); QTest::addColumn<bool>("acquisition");
         QTest::newRow("missing value") << QVariant() << false;
         QTest::newRow("Acquisition") << QVariant(QStringLiteral("Acquisition")) << true;
         QTest::newRow("case matters") << QVariant(QStringLiteral("acquisition")) << false;
@@ -129,8 +126,7 @@ private slots:
 
     void acquisitionMachineAndBatchMode()
     {
-        QFETCH(QVariant, installed);
-        QFETCH(bool, acquisition);
+        QFETCH(QVariant, installed); QFETCH(bool, acquisition);
         setInstalledVersion(installed);
         QCOMPARE(CZOUtilityFns::isAcquisitionMachine(), acquisition);
 

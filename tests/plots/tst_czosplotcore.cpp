@@ -19,39 +19,23 @@ const double NaN = std::numeric_limits<double>::quiet_NaN();
 const double Inf = std::numeric_limits<double>::infinity();
 using V = QVector<double>;
 using I = QVector<int>;
+using P = QVector<QPoint>;
 
 // A core at a fixed size that counts its repaint requests.
 class Core : public CZOSPlotCore
 {
 public:
     explicit Core(EZOSPlotLayout layout = EZOSPlotLayout::Inset, QSize size = QSize(270, 270))
-        : CZOSPlotCore(layout)
-        , m_size(size)
-    {
-    }
-    using CZOSPlotCore::addMarkerX;
-    using CZOSPlotCore::addMarkerY;
-    using CZOSPlotCore::getMargins;
-    using CZOSPlotCore::getOrthoWindow;
-    using CZOSPlotCore::getPlotValueString;
-    using CZOSPlotCore::getQuvelPlotArea;
-    using CZOSPlotCore::lineStrips;
-    using CZOSPlotCore::saveCommaSeparated;
-    using CZOSPlotCore::saveData;
-    using CZOSPlotCore::setBackwards;
-    using CZOSPlotCore::setGridType;
-    using CZOSPlotCore::setLowMarginPadding;
-    using CZOSPlotCore::setQuvelPlotArea;
-    using CZOSPlotCore::setQuvelPlotYAxisUnitType;
-    using CZOSPlotCore::setReferenceLinePosX;
-    using CZOSPlotCore::setReferenceLinePosY;
-    using CZOSPlotCore::setReferenceLineX;
-    using CZOSPlotCore::setReferenceLineY;
-    using CZOSPlotCore::setShadedRectangleParams;
-    using CZOSPlotCore::setVisibleShadedRectangle;
-    using CZOSPlotCore::setYAxisFloor;
-    using CZOSPlotCore::toolTipTextAt;
-    using CZOSPlotCore::writeDataToFile;
+        : CZOSPlotCore(layout), m_size(size) {}
+    using CZOSPlotCore::addMarkerX, CZOSPlotCore::addMarkerY, CZOSPlotCore::getMargins, CZOSPlotCore::getOrthoWindow,
+        CZOSPlotCore::getPlotValueString, CZOSPlotCore::getQuvelPlotArea, CZOSPlotCore::saveCommaSeparated,
+        CZOSPlotCore::saveData, CZOSPlotCore::setBackwards, CZOSPlotCore::setGridType,
+        CZOSPlotCore::setLowMarginPadding, CZOSPlotCore::setQuvelPlotArea, CZOSPlotCore::setQuvelPlotYAxisUnitType,
+        CZOSPlotCore::setReferenceLinePosX, CZOSPlotCore::setReferenceLinePosY, CZOSPlotCore::setReferenceLineX,
+        CZOSPlotCore::setReferenceLineY, CZOSPlotCore::setShadedRectangleParams,
+        CZOSPlotCore::setVisibleShadedRectangle, CZOSPlotCore::setYAxisFloor, CZOSPlotCore::toolTipTextAt,
+        CZOSPlotCore::writeDataToFile, CZOSPlotCore::removeMarkerY, CZOSPlotCore::convertObjectToNormalizedCoords,
+        CZOSPlotCore::convertNormalizedToObjectCoords, CZOSPlotCore::lineStrips;
     bool add(const QString &name, const V &x, const V &y, const V &ex = {}, const V &ey = {},
              const DISPLAY_SETTINGS *settings = nullptr, const QStringList &labels = {})
     {
@@ -119,10 +103,7 @@ private slots:
 
     void extent_data()
     {
-        QTest::addColumn<V>("x");
-        QTest::addColumn<V>("y");
-        QTest::addColumn<V>("ex");
-        QTest::addColumn<V>("ey");
+        QTest::addColumn<V>("x"); QTest::addColumn<V>("y"); QTest::addColumn<V>("ex"); QTest::addColumn<V>("ey");
         QTest::addColumn<V>("expected"); // xMin, yMin, xMax, yMax; empty: no extent
         QTest::newRow("plain") << V{1, 2, 3} << V{5, -1, 4} << V{} << V{} << V{1, -1, 3, 5};
         QTest::newRow("errors widen") << V{1, 2, 3} << V{5, -1, 4} << V{0.5, 0, 2} << V{1, 1, 1} << V{0.5, -2, 5, 6};
@@ -130,6 +111,8 @@ private slots:
                                                               << V{1, -10, 3, 10};
         QTest::newRow("NaN and infinite points left out") << V{1, NaN, 3, Inf, 2} << V{1, 100, NaN, 5, 4} << V{}
                                                           << V{} << V{1, 1, 2, 4};
+        QTest::newRow("non-finite points among those with errors left out")
+            << V{NaN, 50, 2, 3} << V{100, NaN, 1, 2} << V{1, 1, 1, 1} << V{} << V{1, 1, 4, 2};
         QTest::newRow("non-finite error counts as 0") << V{1, 2} << V{1, 2} << V{NaN, Inf} << V{} << V{1, 1, 2, 2};
         QTest::newRow("single point") << V{7} << V{3} << V{} << V{} << V{7, 3, 7, 3};
         QTest::newRow("nothing finite") << V{NaN, Inf} << V{1, 2} << V{} << V{} << V{};
@@ -137,11 +120,7 @@ private slots:
 
     void extent()
     {
-        QFETCH(V, x);
-        QFETCH(V, y);
-        QFETCH(V, ex);
-        QFETCH(V, ey);
-        QFETCH(V, expected);
+        QFETCH(V, x); QFETCH(V, y); QFETCH(V, ex); QFETCH(V, ey); QFETCH(V, expected);
         const ZOSPlotExtent e = zosLineExtent(view(x, y, ex, ey));
         QCOMPARE(e.valid, !expected.isEmpty());
         if (e.valid)
@@ -155,8 +134,7 @@ private slots:
 
     void ranges_data()
     {
-        QTest::addColumn<V>("extent");
-        QTest::addColumn<bool>("floor");
+        QTest::addColumn<V>("extent"); QTest::addColumn<bool>("floor");
         QTest::addColumn<V>("display"); // x min, x max, y min, y max
         QTest::newRow("every X the same starts X at 0") << V{7, 1, 7, 3} << false << V{0, 7, 1, 3};
         QTest::newRow("floor forces Y from 0") << V{0, 900, 10, 1000} << true << V{0, 10, 0, 1000};
@@ -167,8 +145,7 @@ private slots:
 
     void ranges()
     {
-        QFETCH(V, extent);
-        QFETCH(bool, floor);
+        QFETCH(V, extent); QFETCH(bool, floor);
         const ZOSPlotRanges r = zosDetermineRanges(zosLineExtent(view({extent[0], extent[2]}, {extent[1], extent[3]})),
                                                    floor);
         QTEST((V{r.xDisplayMin, r.xDisplayMax, r.yDisplayMin, r.yDisplayMax}), "display");
@@ -181,19 +158,13 @@ private slots:
 
     void tickLabels_data()
     {
-        QTest::addColumn<double>("value");
-        QTest::addColumn<double>("niceMin");
-        QTest::addColumn<double>("step");
-        QTest::addColumn<int>("exponent");
-        QTest::addColumn<QString>("label");
+        QTest::addColumn<double>("value"); QTest::addColumn<double>("niceMin"); QTest::addColumn<double>("step");
+        QTest::addColumn<int>("exponent"); QTest::addColumn<QString>("label");
         QTest::newRow("exponent 4 divides by 10^4") << 25000.0 << 0.0 << 5000.0 << 4 << "2.5";
-        QTest::newRow("exponent 4 zero") << 0.0 << 0.0 << 5000.0 << 4 << "0.0";
         QTest::newRow("exponent -5 via doubleToString") << 3e-5 << 0.0 << 1e-6 << -5 << "3.0";
         QTest::newRow("integral axis truncates") << 7.0 << 0.0 << 1.0 << 1 << "7";
-        QTest::newRow("integral negative") << -40.0 << -100.0 << 20.0 << 2 << "-40";
         QTest::newRow("fractional step") << 0.25 << 0.0 << 0.05 << -1 << "0.25";
         QTest::newRow("nice minimum between 0 and 1") << 3.0 << 0.5 << 1.0 << 0 << "3.00";
-        QTest::newRow("nice minimum -0.5") << 3.0 << -0.5 << 1.0 << 0 << "3.00";
         QTest::newRow("nice minimum 1 is integral") << 3.0 << 1.0 << 1.0 << 0 << "3";
         QTest::newRow("exponent 3 stays plain") << 2000.0 << 0.0 << 200.0 << 3 << "2000";
         QTest::newRow("exponent -2 stays plain") << 0.05 << 0.0 << 0.005 << -2 << "0.05";
@@ -204,8 +175,7 @@ private slots:
     {
         QFETCH(double, value);
         tagZOSDisplayRange r;
-        QFETCH(double, niceMin);
-        QFETCH(double, step);
+        QFETCH(double, niceMin); QFETCH(double, step);
         r.niceMinimum = niceMin;
         r.tickStep = step;
         QFETCH(int, exponent);
@@ -222,12 +192,10 @@ private slots:
         QTest::newRow("narrow axis skips ticks") << V{10, 200, 40, 1, 0} << 2.0;
         QTest::newRow("exact multiple not rounded up") << V{10, 100, 20, 1, 0} << 2.0;
         QTest::newRow("just past a multiple") << V{10, 100, 20.5, 1, 0} << 3.0;
-        QTest::newRow("negative span") << V{-10, 200, 40, 1, 0} << 2.0;
         QTest::newRow("forced step rounds up to ticks") << V{10, 1000, 40, 1, 2.5} << 3.0;
         QTest::newRow("forced exact multiple") << V{10, 1000, 40, 0.5, 2} << 2.0;
         QTest::newRow("no span") << V{0, 1000, 40, 1, 0} << 0.0;
         QTest::newRow("no tick step") << V{10, 1000, 40, 0, 0} << 0.0;
-        QTest::newRow("zero-size widget") << V{10, 0, 40, 1, 0} << 0.0;
     }
 
     void labelStep()
@@ -253,17 +221,13 @@ private slots:
 
     void reduction_data()
     {
-        QTest::addColumn<V>("x");
-        QTest::addColumn<V>("y");
-        QTest::addColumn<bool>("breakBackwards");
-        QTest::addColumn<bool>("reduce");
-        QTest::addColumn<I>("indices");
+        QTest::addColumn<V>("x"); QTest::addColumn<V>("y"); QTest::addColumn<bool>("breakBackwards");
+        QTest::addColumn<bool>("reduce"); QTest::addColumn<I>("indices");
         // One pixel per data unit: x 0.0 .. 0.9 share column 0.
         QTest::newRow("one column keeps first, min, max, last")
             << V{0.0, 0.1, 0.2, 0.3, 0.4, 0.5} << V{5, 9, 1, 4, 7, 6} << false << true << I{0, 1, 2, 5, -1};
         QTest::newRow("min before max keeps order") << V{0.0, 0.1, 0.2, 0.3} << V{5, 1, 9, 6} << false << true
                                                     << I{0, 1, 2, 3, -1};
-        QTest::newRow("first is the minimum") << V{0.0, 0.1, 0.2} << V{0, 9, 5} << false << true << I{0, 1, 2, -1};
         QTest::newRow("last is the maximum") << V{0.0, 0.1, 0.2} << V{5, 0, 9} << false << true << I{0, 1, 2, -1};
         QTest::newRow("columns apart") << V{0.0, 1.0, 2.0} << V{1, 2, 3} << false << true << I{0, 1, 2, -1};
         QTest::newRow("negative columns") << V{-0.5, -0.2, 0.1} << V{1, 2, 3} << false << true << I{0, 1, 2, -1};
@@ -279,10 +243,7 @@ private slots:
 
     void reduction()
     {
-        QFETCH(V, x);
-        QFETCH(V, y);
-        QFETCH(bool, breakBackwards);
-        QFETCH(bool, reduce);
+        QFETCH(V, x); QFETCH(V, y); QFETCH(bool, breakBackwards); QFETCH(bool, reduce);
         QVector<int> indices{7}; // appends after what is there
         const ZOSAxisMap m(0, 100, false, 0, 100);
         const int n = zosReducePolyline(x.constData(), y.constData(), x.size(), m, breakBackwards, reduce, indices);
@@ -296,8 +257,7 @@ private slots:
     // either must keep every column's extremes within four points per column.
     void reductionProperties_data()
     {
-        QTest::addColumn<bool>("reversed");
-        QTest::addColumn<int>("count");
+        QTest::addColumn<bool>("reversed"); QTest::addColumn<int>("count");
         QTest::newRow("dense") << false << 200000;
         QTest::newRow("dense, reversed axis") << true << 200000;
         QTest::newRow("sparse with repeats") << false << 500;
@@ -305,8 +265,7 @@ private slots:
 
     void reductionProperties()
     {
-        QFETCH(bool, reversed);
-        QFETCH(int, count);
+        QFETCH(bool, reversed); QFETCH(int, count);
         V x(count), y(count);
         quint32 state = 3;
         double at = -50;
@@ -348,14 +307,17 @@ private slots:
         QVERIFY(zosIsSortedAndFinite(up.constData(), up.constData(), up.size()));
         for (auto [x, y] : {std::pair(&down, &up), {&nan, &up}, {&up, &inf}})
             QVERIFY(!zosIsSortedAndFinite(x->constData(), y->constData(), 3));
-        QVERIFY(!zosIsSortedAndFinite(nullptr, up.constData(), 3));
+        // Any missing array gives the empty answer, not a crash.
+        QVERIFY(!zosIsSortedAndFinite(nullptr, up.constData(), 3) && !zosIsSortedAndFinite(up.constData(), nullptr, 3));
+        QVector<int> indices;
+        QCOMPARE(zosReducePolyline(up.constData(), nullptr, 3, ZOSAxisMap(0, 1, false, 0, 9), false, false, indices), 0);
+        QCOMPARE(zosQuvelArea(nullptr, up.constData(), 3) + zosQuvelArea(up.constData(), nullptr, 3), 0.0);
+        QCOMPARE(zosSumOfValues(nullptr, 3), 0.0);
     }
 
     void area_data()
     {
-        QTest::addColumn<V>("x");
-        QTest::addColumn<V>("y");
-        QTest::addColumn<bool>("even");
+        QTest::addColumn<V>("x"); QTest::addColumn<V>("y"); QTest::addColumn<bool>("even");
         QTest::addColumn<double>("area");
         const double k = ZOS_DEGREES_TO_RADIANS;
         QTest::newRow("even spacing sums Y") << V{0, 10, 20, 30} << V{1, 2, 3, 4} << true << 10 * 10 * k;
@@ -368,8 +330,7 @@ private slots:
 
     void area()
     {
-        QFETCH(V, x);
-        QFETCH(V, y);
+        QFETCH(V, x); QFETCH(V, y);
         QTEST(zosIsXAxisEvenlySpaced(x.constData(), x.size()), "even");
         QFETCH(double, area);
         QCOMPARE(zosQuvelArea(x.constData(), y.constData(), x.size()), area);
@@ -383,11 +344,9 @@ private slots:
         // Font ascent 12, descent 3: text height 9; an X label needs 2 * 12 + 3 + 8 = 35 pixels.
         QTest::newRow("default with legend") << I{0, 1, 1, 0, 0} << I{50, 40, 30, 50};
         QTest::newRow("default without legend") << I{0, 0, 1, 0, 0} << I{50, 40, 30, 31};
-        QTest::newRow("default, X label") << I{0, 1, 0, 0, 0} << I{50, 40, 35, 50};
         QTest::newRow("low, empty X label") << I{1, 0, 1, 0, 0} << I{35, 15, 20, 14};
         QTest::newRow("low, X label") << I{1, 0, 0, 0, 0} << I{35, 15, 35, 14};
         QTest::newRow("low, X exponent 4") << I{1, 0, 1, 4, 0} << I{35, 40, 20, 14};
-        QTest::newRow("low, X exponent -3") << I{1, 0, 1, -3, 0} << I{35, 40, 20, 14};
         QTest::newRow("low, X exponent 3") << I{1, 0, 1, 3, 0} << I{35, 15, 20, 14};
         QTest::newRow("low, Y exponent") << I{1, 0, 1, 0, -4} << I{35, 15, 20, 50};
         QTest::newRow("low with legend") << I{1, 1, 1, 0, 0} << I{35, 15, 20, 50};
@@ -452,8 +411,7 @@ private slots:
 
     void layout_data()
     {
-        QTest::addColumn<int>("layout");
-        QTest::addColumn<bool>("reversed");
+        QTest::addColumn<int>("layout"); QTest::addColumn<bool>("reversed");
         QTest::newRow("inset") << int(EZOSPlotLayout::Inset) << false;
         QTest::newRow("inset, reversed") << int(EZOSPlotLayout::Inset) << true;
         QTest::newRow("margins") << int(EZOSPlotLayout::Margins) << false;
@@ -464,8 +422,7 @@ private slots:
     // go both ways, and the axes and ticks are drawn where the mapping says.
     void layout()
     {
-        QFETCH(int, layout);
-        QFETCH(bool, reversed);
+        QFETCH(int, layout); QFETCH(bool, reversed);
         Core core(EZOSPlotLayout(layout), QSize(400, 300));
         QVERIFY(core.add("l", {10, 20}, {0, 100}));
         core.setXAxisLabel("Time");
@@ -528,8 +485,7 @@ private slots:
 
     void zoom()
     {
-        QFETCH(int, layout);
-        QFETCH(bool, reversed);
+        QFETCH(int, layout); QFETCH(bool, reversed);
         Core core(EZOSPlotLayout(layout), QSize(400, 300));
         QVERIFY(core.add("l", {10, 20}, {0, 100}));
         core.setXAxisReversed(reversed);
@@ -586,8 +542,7 @@ private slots:
 
     void texts_data()
     {
-        QTest::addColumn<int>("layout");
-        QTest::addColumn<int>("pointSize");
+        QTest::addColumn<int>("layout"); QTest::addColumn<int>("pointSize");
         QTest::newRow("inset") << int(EZOSPlotLayout::Inset) << 9;
         QTest::newRow("margins") << int(EZOSPlotLayout::Margins) << 9;
         QTest::newRow("margins, large font") << int(EZOSPlotLayout::Margins) << 16;
@@ -597,8 +552,7 @@ private slots:
     // ends, and the axis labels clear of every other text.
     void texts()
     {
-        QFETCH(int, layout);
-        QFETCH(int, pointSize);
+        QFETCH(int, layout); QFETCH(int, pointSize);
         Core core(EZOSPlotLayout(layout), QSize(600, 400));
         core.setFont(QFont("Times", pointSize, 25));
         const QFontMetrics &fm = core.plotFontMetrics();
@@ -674,31 +628,76 @@ private slots:
         QVERIFY(core.getQuvelPlotArea().isEmpty());
     }
 
-    void strips()
+    void queriesLayOutFirst_data() { layout_data(); }
+
+    // Every query lays a changed plot out first: asked first, or after another, it answers the same.
+    void queriesLayOutFirst()
     {
-        Core core(EZOSPlotLayout::Margins, QSize(400, 300));
-        QVERIFY(core.add("back", {1, 2, 3, 2, 3}, {1, 2, 3, 4, 5}));
-        auto xs = [&](const QString &name) {
-            QVector<V> out;
-            for (const QVector<QPointF> &strip : core.lineStrips(name)) {
-                out.append(V());
-                for (const QPointF &p : strip)
-                    out.last() << p.x();
-            }
-            return out;
-        };
-        QCOMPARE(xs("back"), (QVector<V>{{1, 2, 3, 2, 3}}));
-        core.setBackwards(false);
-        QCOMPARE(xs("back"), (QVector<V>{{1, 2, 3}, {2, 3}}));
-        DISPLAY_SETTINGS s;
-        s.displayMode = EDM_STAIRCASE;
-        QVERIFY(core.add("steps", {1, 2, 3}, {10, 20, 30}, {}, {}, &s));
-        QCOMPARE(core.lineStrips("steps"),
-                 (QVector<QVector<QPointF>>{{{1, 10}, {2, 10}, {2, 20}, {3, 20}, {3, 30}}}));
-        QVERIFY(core.lineStrips("zz").isEmpty());
+        QFETCH(int, layout); QFETCH(bool, reversed);
+        const auto ranges = [](Core &c) { return V{c.getXDisplayMin(), c.getXDisplayMax(), c.getYDisplayMin(), c.getYDisplayMax()}; };
+        const QVector<std::function<V(Core &)>> queries{
+            [](Core &c) { int x = 0, y = 0; c.convertObjectToWindowCoords(13, 40, x, y); return V{double(x), double(y)}; },
+            [](Core &c) { double x = 0, y = 0; c.convertWindowToObjectCoords(90, 70, x, y); return V{x, y}; },
+            [](Core &c) { double x = 0, y = 0; c.convertObjectToNormalizedCoords(13, 40, x, y); return V{x, y}; },
+            [](Core &c) { double x = 0, y = 0; c.convertNormalizedToObjectCoords(0.3, 0.6, x, y); return V{x, y}; },
+            [](Core &c) { return V{double(c.convertObjectToWindowWidth(5))}; },
+            [](Core &c) { return V{double(c.convertObjectToWindowHeight(50))}; },
+            [](Core &c) { return V{c.convertWindowToObjectWidth(100)}; },
+            [](Core &c) { return V{c.convertWindowToObjectHeight(100)}; },
+            [](Core &c) { double x = 0, y = 0; c.getXYRatios(x, y); return V{x, y}; },
+            [](Core &c) { const ZOSPlotMargins m = c.getMargins(); return V{double(m.left + m.right), double(m.top)}; },
+            [](Core &c) { const QRectF w = c.getOrthoWindow(); return V{w.left(), w.top(), w.width()}; },
+            [](Core &c) { return V{c.getXDisplayMin()}; }, [](Core &c) { return V{c.getXDisplayMax()}; },
+            [](Core &c) { return V{c.getYDisplayMin()}; }, [](Core &c) { return V{c.getYDisplayMax()}; },
+            [](Core &c) { return V{c.getXRange().tickStep}; }, [](Core &c) { return V{c.getYRange().tickStep}; },
+            [](Core &c) { return V{double(c.getXTickLabels().size())}; },
+            [](Core &c) { return V{double(c.getYTickLabels().size())}; },
+            [](Core &c) { return V{double(c.toolTipTextAt(QPoint(60, 240)).size())}; },
+            [](Core &c) { return V{double(c.lineStrips("l").value(0).size())}; },
+            [=](Core &c) { c.zoomAt(QPointF(120, 90), 0.5); return ranges(c); },
+            [=](Core &c) { c.zoomToRect(QRectF(100, 100, 80, 60)); return ranges(c); },
+            [=](Core &c) { c.panBy(QPointF(100, 100), QPointF(140, 130)); return ranges(c); }};
+        for (int i = 0; i < queries.size(); ++i) {
+            Core first(EZOSPlotLayout(layout), QSize(400, 300)), after(EZOSPlotLayout(layout), QSize(400, 300));
+            for (Core *c : {&first, &after})
+                c->setXAxisReversed(reversed), c->add("l", {10, 13, 20}, {0, 40, 100}, {}, {}, nullptr, {"a", "b", "c"});
+            after.getMargins();
+            QVERIFY2(near(queries[i](first), queries[i](after)), qPrintable(QString::number(i)));
+        }
     }
 
     // ---- the renderer -----------------------------------------------------------
+
+    void pointStyles_data()
+    {
+        QTest::addColumn<int>("style");
+        QTest::addColumn<P>("on"); // blue and white offsets from the point's pixel
+        QTest::addColumn<P>("off");
+        const P arms{{-4, 0}, {4, 0}, {0, -4}, {0, 4}};
+        QTest::newRow("plus") << int(EPS_PLUS) << arms << P{{3, 3}, {-3, -3}, {-3, 3}};
+        QTest::newRow("cross") << int(EPS_CROSS) << P{{-4, -4}, {4, 4}, {-4, 5}, {4, -3}} << P{{3, 0}, {0, 3}, {-3, 0}};
+        QTest::newRow("round") << int(EPS_ROUND) << arms << P{{-4, -4}, {5, 5}, {-4, 5}, {5, -4}};
+        QTest::newRow("square") << int(EPS_SQUARE) << P{{-4, -4}, {4, 4}, {-4, 4}, {4, -4}} << P{{5, 0}, {0, 5}, {-5, 0}, {0, -5}};
+    }
+
+    // The GL look draws each point style about the point's pixel.
+    void pointStyles()
+    {
+        QFETCH(P, on); QFETCH(P, off);
+        Core core(EZOSPlotLayout::Margins, QSize(300, 300));
+        DISPLAY_SETTINGS s;
+        s.displayMode = EDM_POINTS;
+        QFETCH(int, style);
+        s.pointStyle = style;
+        s.pointSize = 9;
+        QVERIFY(core.add("p", {0, 10, 20}, {0, 10, 20}, {}, {}, &s));
+        core.showLegend(false);
+        const QImage image = core.render();
+        const QPoint at(int(core.xMap().toPixel(10)), int(core.yMap().toPixel(10)));
+        for (const QPoint &d : on + off)
+            QVERIFY2(rgb(image, at.x() + d.x(), at.y() + d.y()) == (on.contains(d) ? Blue : White),
+                     qPrintable(QString("%1,%2").arg(d.x()).arg(d.y())));
+    }
 
     void shadedRectangle_data()
     {
@@ -708,14 +707,14 @@ private slots:
         QTest::newRow("start left of the area is clipped") << I{1, -20, 100} << I{35, 135};
         QTest::newRow("end past width - 70 runs to width - 35") << I{1, 50, 166} << I{85, 235};
         QTest::newRow("end at width - 70 stays") << I{1, 50, 165} << I{85, 200};
+        QTest::newRow("end at 1 draws a sliver") << I{1, -20, 1} << I{35, 36};
         QTest::newRow("end at 0 draws nothing") << I{1, -20, 0} << I{};
         QTest::newRow("hidden") << I{0, 50, 100} << I{};
     }
 
     void shadedRectangle()
     {
-        QFETCH(I, params);
-        QFETCH(I, columns);
+        QFETCH(I, params); QFETCH(I, columns);
         Core core; // X 0 .. 200 over 200 pixels
         QVERIFY(core.add("l", {0, 200}, {0, 0})); // along the X axis
         core.showLegend(false);
@@ -740,8 +739,8 @@ private slots:
         QVERIFY(core.add("l", {0, 200}, {0, 100}));
         core.showLegend(false);
         core.setGridType(EGT_BOTH);
-        core.addMarkerX("mx", 50, Qt::green);
-        core.addMarkerY("my", 25, Qt::magenta);
+        core.addMarkerX("MX", 50, Qt::green);
+        core.addMarkerY("MY", 25, Qt::magenta);
         core.setReferenceLineX(true);
         core.setReferenceLinePosX(0.75);
         const QImage image = core.render();
@@ -754,9 +753,18 @@ private slots:
                 QVERIFY(count(image, grey, QRect(36, 235 - 2 * int(v), 198, 1)) > 150);
         QVERIFY(count(image, QColor(Qt::green).rgb() & 0xFFFFFF, QRect(85, 35, 1, 201)) > 80); // dashed
         QVERIFY(count(image, QColor(Qt::magenta).rgb() & 0xFFFFFF, QRect(35, 185, 201, 1)) > 80);
+        // Names: an X marker's right of its line at the top, a Y marker's above its line at the right end.
+        const auto ink = [&](const QRect &r) { return count(image, White, r) + count(image, grey, r) < r.width() * r.height() - 4; };
+        QVERIFY(ink(QRect(86, 36, 16, 14)) && ink(QRect(213, 170, 20, 14)) && !ink(QRect(236, 160, 34, 26)));
         QVERIFY(count(image, Red, QRect(185, 36, 1, 199)) >= 190);
         QVERIFY(count(image, Red, QRect(120, 250, 150, 20)) > 10); // the value text
         QCOMPARE(count(image, Red, QRect(0, 0, 270, 34)), 0);
+        // A shaded rectangle on a range within 0 .. 1 still shows.
+        Core unit;
+        QVERIFY(unit.add("l", {0, 1}, {0, 0}));
+        unit.setShadedRectangleParams(0, 1, Qt::green);
+        unit.setVisibleShadedRectangle(true);
+        QVERIFY(count(unit.render(), QColor(Qt::green).rgb() & 0xFFFFFF, QRect(40, 40, 190, 190)) > 150 * 150);
         // Without a range, markers and reference lines are still drawn; nothing else.
         Core none;
         QVERIFY(none.add("nothing finite", {NaN, Inf}, {1, NaN}));
@@ -770,8 +778,7 @@ private slots:
 
     void curvesAndLegend_data()
     {
-        QTest::addColumn<int>("layout");
-        QTest::addColumn<int>("mode");
+        QTest::addColumn<int>("layout"); QTest::addColumn<int>("mode");
         QTest::newRow("inset, lines") << int(EZOSPlotLayout::Inset) << int(EDM_LINES);
         QTest::newRow("inset, points") << int(EZOSPlotLayout::Inset) << int(EDM_POINTS);
         QTest::newRow("margins, points and lines") << int(EZOSPlotLayout::Margins) << int(EDM_POINTS_AND_LINES);
@@ -780,8 +787,7 @@ private slots:
 
     void curvesAndLegend()
     {
-        QFETCH(int, layout);
-        QFETCH(int, mode);
+        QFETCH(int, layout); QFETCH(int, mode);
         Core core(EZOSPlotLayout(layout), QSize(300, 300));
         DISPLAY_SETTINGS s;
         s.displayMode = mode;
@@ -822,29 +828,6 @@ private slots:
         QVERIFY(reddish > 300 * 300 - 140 * 40 + 20);
     }
 
-    void reducedCurveLooksTheSame()
-    {
-        const int n = 200000;
-        V x(n), y(n);
-        quint32 state = 1;
-        for (int i = 0; i < n; ++i) {
-            state = state * 1664525u + 1013904223u;
-            x[i] = i;
-            y[i] = std::sin(i * 2e-4) * 50 + (state >> 24) * 0.05;
-        }
-        Core core(EZOSPlotLayout::Inset, QSize(800, 400));
-        QVERIFY(core.add("trace", x, y));
-        const QImage reduced = core.render();
-        core.setCurveReduction(false);
-        const QImage full = core.render();
-        int differing = 0;
-        for (int r = 0; r < full.height(); ++r)
-            for (int c = 0; c < full.width(); ++c)
-                differing += reduced.pixel(c, r) != full.pixel(c, r);
-        QVERIFY2(differing <= 8, qPrintable(QString::number(differing)));
-        QVERIFY(count(full, Blue, full.rect()) > 5000);
-    }
-
     // ---- data files ------------------------------------------------------------
 
     void dataFiles()
@@ -867,7 +850,10 @@ private slots:
         QVERIFY(core.saveData(path.constData(), false, '\t'));
         QVERIFY(core.saveData(path.constData(), true, '\t'));
         QCOMPARE(contents(), block + block);
-        QVERIFY(core.removeXErrorData("A") && core.removeYErrorData("A"));
+        QVERIFY(core.removeYErrorData("A"));
+        QVERIFY(core.saveCommaSeparated(path.constData()));
+        QCOMPARE(contents(), QByteArray("A, \nX Values, Y Values, X Errors, \n1, 3, 0.5, \n2, 20.5, \n3, 30, \n\n"));
+        QVERIFY(core.removeXErrorData("A"));
         QVERIFY(core.saveData(path.constData(), false, ','));
         QCOMPARE(contents(), QByteArray("Run: A\nX Values,Y Values\n1,3\n2,20.5\n3,30\n\n\n"));
         QVERIFY(!core.writeDataToFile(nullptr, ','));

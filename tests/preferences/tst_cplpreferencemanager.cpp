@@ -24,303 +24,284 @@ class TestCPLPreferenceManager : public QObject
 private slots:
     void initTestCase() { QVERIFY(CZOSLogEventHandler::install()); }
     void init() { m_folders.setUp(); }
-    void cleanup();
-    void profileFilesInNameOrder_data();
-    void profileFilesInNameOrder();
-    void profileDirectoryIsMadeAndTheObsoleteOneRemoved();
-    void unusableProfileBase();
-    void unsetEnvironmentUsesStandIns();
-    void profilesAreCarriedOver();
-    void addUserRules_data();
-    void addUserRules();
-    void activationLogsInAndTheLogLogsOut();
-    void deletingUsers();
-    void selectionThroughTheDialog();
-    void dialogAddsAndDeletesUsers();
-    void labelData();
+    void cleanup()
+    {
+        closeLog();
+        manager()->setActiveUserToNone();
+    }
 
-private:
-    CPLPreferenceManager *manager() { return CZOPreference::getPreferenceManager(); }
-    // Runs `answer` on the selection dialog once it is shown.
-    void answerDialog(std::function<void(CZOSUserIDDialog *)> answer);
-    PrefsFolders m_folders;
-};
+    void profileFilesInNameOrder_data()
+    {
+        QTest::addColumn<QStringList>("files"); QTest::addColumn<QStringList>("users");
+        QTest::newRow("initials only, name order, case kept")
+            << QStringList{"abc.txt", "notes.doc", "LONGNAME.txt", "AB.txt"} << QStringList{"AB", "abc"};
+        QTest::newRow("eight characters is too long") << QStringList{"ABCD.txt", "A.txt", ".txt"} << QStringList{"A"};
+        QTest::newRow("blank name skipped, extension case-sensitive")
+            << QStringList{"  .txt", "XY.TXT", "QR.txtx"} << QStringList{"QR"};
+    }
 
-void TestCPLPreferenceManager::cleanup()
-{
-    closeLog();
-    manager()->setActiveUserToNone();
-}
+    void profileFilesInNameOrder()
+    {
+        QFETCH(QStringList, files); QFETCH(QStringList, users);
+        for (const QString &file : files)
+            m_folders.writeFile(m_folders.profilesFolder() + file, "*** User Input:\t(User Profile)\r\n\r\n");
+        QDir().mkpath(m_folders.profilesFolder() + "DIR.txt"); // folders are not profiles
+        QCOMPARE(m_folders.load(), ES_SUCCESS);
+        QStringList *names = nullptr;
+        QCOMPARE(manager()->getAllUserNames(&names), ES_SUCCESS);
+        QCOMPARE(*names, users);
+        QVERIFY(!manager()->getActiveUser());
+        QCOMPARE(m_folders.load(), ES_SUCCESS); // loading again duplicates nobody
+        QCOMPARE(manager()->userCount(), users.size());
+    }
 
-void TestCPLPreferenceManager::answerDialog(std::function<void(CZOSUserIDDialog *)> answer)
-{
-    auto *timer = new QTimer(this);
-    timer->setInterval(10);
-    connect(timer, &QTimer::timeout, this, [this, timer, answer] {
-        CZOSUserIDDialog *dialog = manager()->selectionDialog();
-        if (!dialog || !dialog->isVisible())
-            return;
-        timer->stop();
-        timer->deleteLater();
-        answer(dialog);
-    });
-    timer->start();
-}
+    void profileDirectoryIsMadeAndTheObsoleteOneRemoved()
+    {
+        m_folders.writeFile(m_folders.appDir() + "/user profiles/old/JD.txt", "x");
+        QCOMPARE(m_folders.load(), ES_SUCCESS);
+        QVERIFY(QFileInfo(m_folders.profileDir()).isDir());
+        QCOMPARE(CZOPreference::getUserProfileDirPath(), m_folders.profileDir());
+        QVERIFY(!QFileInfo::exists(m_folders.appDir() + "/user profiles"));
+    }
 
-void TestCPLPreferenceManager::profileFilesInNameOrder_data()
-{
-    QTest::addColumn<QStringList>("files");
-    QTest::addColumn<QStringList>("users");
-    QTest::newRow("initials only, name order, case kept")
-        << QStringList{"abc.txt", "notes.doc", "LONGNAME.txt", "AB.txt"} << QStringList{"AB", "abc"};
-    QTest::newRow("eight characters is too long") << QStringList{"ABCD.txt", "A.txt", ".txt"} << QStringList{"A"};
-    QTest::newRow("blank name skipped, extension case-sensitive")
-        << QStringList{"  .txt", "XY.TXT", "QR.txtx"} << QStringList{"QR"};
-}
+    void unusableProfileBase()
+    {
+        for (const char *inTheWay : {"", "/Application Data/Norbeck Instruments/Zolvane"}) {
+            QFile::remove(m_folders.allUsers()); // the previous round left a file here
+            QDir(m_folders.allUsers()).removeRecursively();
+            m_folders.writeFile(m_folders.allUsers() + inTheWay, "in the way");
+            QCOMPARE(m_folders.load(), ES_INIT_FAILED);
+            QCOMPARE(manager()->userCount(), 0);
+        }
+    }
 
-void TestCPLPreferenceManager::profileFilesInNameOrder()
-{
-    QFETCH(QStringList, files);
-    QFETCH(QStringList, users);
-    for (const QString &file : files)
-        m_folders.writeFile(m_folders.profilesFolder() + file, "*** User Input:\t(User Profile)\r\n\r\n");
-    QDir().mkpath(m_folders.profilesFolder() + "DIR.txt"); // folders are not profiles
-    QCOMPARE(m_folders.load(), ES_SUCCESS);
-    QStringList *names = nullptr;
-    QCOMPARE(manager()->getAllUserNames(&names), ES_SUCCESS);
-    QCOMPARE(*names, users);
-    QVERIFY(!manager()->getActiveUser());
-    QCOMPARE(m_folders.load(), ES_SUCCESS); // loading again duplicates nobody
-    QCOMPARE(manager()->userCount(), users.size());
-}
+    void unsetEnvironmentUsesStandIns()
+    {
+        // Without the variables the folders come from the (test-mode) home folder.
+        const QByteArray home = qgetenv("HOME");
+        qputenv("HOME", m_folders.dir->filePath("home").toUtf8());
+        qunsetenv("ALLUSERSPROFILE");
+        qunsetenv("APPDATA");
+        const tag_estatus status = m_folders.load();
+        const QString profileDir = CZOPreference::getUserProfileDirPath();
+        qputenv("HOME", home);
+        QCOMPARE(status, ES_SUCCESS);
+        QVERIFY2(profileDir.startsWith(m_folders.dir->filePath("home")), qPrintable(profileDir));
+        QVERIFY(profileDir.endsWith("/Application Data/Norbeck Instruments/Zolvane"));
+    }
 
-void TestCPLPreferenceManager::profileDirectoryIsMadeAndTheObsoleteOneRemoved()
-{
-    m_folders.writeFile(m_folders.appDir() + "/user profiles/old/JD.txt", "x");
-    QCOMPARE(m_folders.load(), ES_SUCCESS);
-    QVERIFY(QFileInfo(m_folders.profileDir()).isDir());
-    QCOMPARE(CZOPreference::getUserProfileDirPath(), m_folders.profileDir());
-    QVERIFY(!QFileInfo::exists(m_folders.appDir() + "/user profiles"));
-}
+    void profilesAreCarriedOver()
+    {
+        // Per-user profiles are moved over, replacing what is there.
+        const QByteArray header = "*** User Input:\t(User Profile)\r\n\r\n";
+        m_folders.writeFile(m_folders.profilesFolder() + "OL.txt", header + "*** Old:\r\n\r\n");
+        m_folders.writeFile(m_folders.appData() + "/Tessaly/Zolvane/profiles/OL.txt", header + "*** New:\r\n\r\n");
+        m_folders.writeFile(m_folders.appData() + "/Tessaly/Zolvane/profiles/NW.txt", header);
+        QCOMPARE(m_folders.load(), ES_SUCCESS);
+        QCOMPARE(manager()->userCount(), 2);
+        QVERIFY(PrefsFolders::readFile(m_folders.profilesFolder() + "OL.txt").contains("*** New:"));
+        QVERIFY(!QFileInfo::exists(m_folders.appData() + "/Tessaly"));
 
-void TestCPLPreferenceManager::unusableProfileBase()
-{
-    for (const char *inTheWay : {"", "/Application Data/Norbeck Instruments/Zolvane"}) {
-        QFile::remove(m_folders.allUsers()); // the previous round left a file here
-        QDir(m_folders.allUsers()).removeRecursively();
-        m_folders.writeFile(m_folders.allUsers() + inTheWay, "in the way");
-        QCOMPARE(m_folders.load(), ES_INIT_FAILED);
+        // Machine-wide ones are copied, never deleted, and only into a new directory.
+        QVERIFY(QDir(m_folders.allUsers()).removeRecursively());
+        const QString old = m_folders.allUsers() + "/Application Data/Tessaly/Zolvane/profiles/MW.txt";
+        m_folders.writeFile(old, header);
+        QCOMPARE(m_folders.load(), ES_SUCCESS);
+        QCOMPARE(manager()->getUserIndex("MW"), 0);
+        QVERIFY(QFileInfo::exists(old));
+        QVERIFY(QFile::remove(m_folders.profilesFolder() + "MW.txt"));
+        QCOMPARE(m_folders.load(), ES_SUCCESS);
         QCOMPARE(manager()->userCount(), 0);
     }
-}
 
-void TestCPLPreferenceManager::unsetEnvironmentUsesStandIns()
-{
-    // Without the variables the folders come from the (test-mode) home folder.
-    const QByteArray home = qgetenv("HOME");
-    qputenv("HOME", m_folders.dir->filePath("home").toUtf8());
-    qunsetenv("ALLUSERSPROFILE");
-    qunsetenv("APPDATA");
-    const tag_estatus status = m_folders.load();
-    const QString profileDir = CZOPreference::getUserProfileDirPath();
-    qputenv("HOME", home);
-    QCOMPARE(status, ES_SUCCESS);
-    QVERIFY2(profileDir.startsWith(m_folders.dir->filePath("home")), qPrintable(profileDir));
-    QVERIFY(profileDir.endsWith("/Application Data/Norbeck Instruments/Zolvane"));
-}
-
-void TestCPLPreferenceManager::profilesAreCarriedOver()
-{
-    // Per-user profiles are moved over, replacing what is there.
-    const QByteArray header = "*** User Input:\t(User Profile)\r\n\r\n";
-    m_folders.writeFile(m_folders.profilesFolder() + "OL.txt", header + "*** Old:\r\n\r\n");
-    m_folders.writeFile(m_folders.appData() + "/Tessaly/Zolvane/profiles/OL.txt", header + "*** New:\r\n\r\n");
-    m_folders.writeFile(m_folders.appData() + "/Tessaly/Zolvane/profiles/NW.txt", header);
-    QCOMPARE(m_folders.load(), ES_SUCCESS);
-    QCOMPARE(manager()->userCount(), 2);
-    QVERIFY(PrefsFolders::readFile(m_folders.profilesFolder() + "OL.txt").contains("*** New:"));
-    QVERIFY(!QFileInfo::exists(m_folders.appData() + "/Tessaly"));
-
-    // Machine-wide ones are copied, never deleted, and only into a new directory.
-    QVERIFY(QDir(m_folders.allUsers()).removeRecursively());
-    const QString old = m_folders.allUsers() + "/Application Data/Tessaly/Zolvane/profiles/MW.txt";
-    m_folders.writeFile(old, header);
-    QCOMPARE(m_folders.load(), ES_SUCCESS);
-    QCOMPARE(manager()->getUserIndex("MW"), 0);
-    QVERIFY(QFileInfo::exists(old));
-    QVERIFY(QFile::remove(m_folders.profilesFolder() + "MW.txt"));
-    QCOMPARE(m_folders.load(), ES_SUCCESS);
-    QCOMPARE(manager()->userCount(), 0);
-}
-
-void TestCPLPreferenceManager::addUserRules_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<int>("count");
-    QTest::addColumn<QString>("active");
-    QTest::newRow("existing name in other case activates") << "ab" << int(ES_SUCCESS) << 1 << "AB";
-    QTest::newRow("two letters added upper-case") << "xy" << int(ES_SUCCESS) << 2 << "";
-    QTest::newRow("three letters") << "XYZ" << int(ES_SUCCESS) << 2 << "";
-    QTest::newRow("four letters refused") << "ABCD" << int(ES_INVALID_USER_ID) << 1 << "";
-    QTest::newRow("one letter refused") << "a" << int(ES_INVALID_USER_ID) << 1 << "";
-}
-
-void TestCPLPreferenceManager::addUserRules()
-{
-    QFETCH(QString, name);
-    QFETCH(int, status);
-    QFETCH(int, count);
-    QFETCH(QString, active);
-    QCOMPARE(m_folders.load(), ES_SUCCESS);
-    QCOMPARE(manager()->addUser(QStringLiteral("AB"), QStringLiteral("pw")), ES_SUCCESS);
-    int index = -2;
-    QCOMPARE(int(manager()->addUser(name, &index, QStringLiteral("pw"))), status);
-    QCOMPARE(manager()->userCount(), count);
-    QCOMPARE(manager()->getActiveUserName(), active);
-    QCOMPARE(index, status == ES_SUCCESS ? manager()->getUserIndex(name.toUpper()) : -1);
-    QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + name.toUpper() + ".txt")); // adding saves nothing
-}
-
-void TestCPLPreferenceManager::activationLogsInAndTheLogLogsOut()
-{
-    QCOMPARE(m_folders.load(), ES_SUCCESS);
-    QCOMPARE(beginLog(QStringLiteral("Test")), 1);
-    QCOMPARE(manager()->addUser(QStringLiteral("jd"), QString()), ES_SUCCESS);
-    QCOMPARE(manager()->setActiveUser(1), ES_INVALID_INPUT);
-    QVERIFY(!manager()->getActiveUser());
-    QCOMPARE(manager()->setActiveUser(0), ES_SUCCESS);
-    QCOMPARE(CZOPreference::getActiveUser(), (*manager())[0]);
-    QCOMPARE(manager()->getActiveUserName(), QStringLiteral("JD"));
-    QCoreApplication::processEvents();
-    closeLog();
-
-    const QString log = QString::fromLatin1(PrefsFolders::readFile(m_folders.dir->filePath("data/zoactivity.log")));
-    QVERIFY2(log.contains("\t>>JD Logged IN<<\r\n"), qPrintable(log));
-    QVERIFY2(log.contains(QRegularExpression("\t>>JD Logged OUT<< Session Lasted: 00:00:0\\d\r\n")), qPrintable(log));
-    QVERIFY(PrefsFolders::readFile(userStatsFileName()).contains("login,JD,"));
-    QCOMPARE(manager()->setActiveUser(0), ES_SUCCESS);
-    QCOMPARE(m_folders.load(), ES_SUCCESS); // reloading forgets the active user
-    QVERIFY(!manager()->getActiveUser() && manager()->getActiveUserName().isEmpty());
-}
-
-void TestCPLPreferenceManager::deletingUsers()
-{
-    QCOMPARE(m_folders.load(), ES_SUCCESS);
-    for (const char *name : {"AA", "BB", "CC"}) {
-        int index = -1;
-        QCOMPARE(manager()->addUser(name, &index, QString()), ES_SUCCESS);
-        QCOMPARE((*manager())[unsigned(index)]->saveData(), ES_SUCCESS);
-        QString roi;
-        CPLPreferenceUser::getRoiFolderForUser(name, &roi);
-        m_folders.writeFile(roi + "/ROI_1_" + name + ".txt", "roi");
+    void addUserRules_data()
+    {
+        QTest::addColumn<QString>("name"); QTest::addColumn<int>("status"); QTest::addColumn<int>("count");
+        QTest::addColumn<QString>("active");
+        QTest::newRow("existing name in other case activates") << "ab" << int(ES_SUCCESS) << 1 << "AB";
+        QTest::newRow("two letters added upper-case") << "xy" << int(ES_SUCCESS) << 2 << "";
+        QTest::newRow("three letters") << "XYZ" << int(ES_SUCCESS) << 2 << "";
+        QTest::newRow("four letters refused") << "ABCD" << int(ES_INVALID_USER_ID) << 1 << "";
+        QTest::newRow("one letter refused") << "a" << int(ES_INVALID_USER_ID) << 1 << "";
     }
-    QCOMPARE(manager()->deleteActiveUser(), ES_UNKNOWN_ERROR);
-    QCOMPARE(manager()->deleteUser("ZZ"), ES_UNKNOWN_ERROR);
 
-    QCOMPARE(manager()->setActiveUser(1), ES_SUCCESS);
-    QCOMPARE(manager()->deleteActiveUser(), ES_SUCCESS);
-    QVERIFY(manager()->getActiveUserName().isEmpty());
-    QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + "BB.txt"));
-    QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + "ROIs for BB"));
-    QCOMPARE(manager()->deleteUser("AA"), ES_SUCCESS);
-    QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + "ROIs for AA"));
-    QStringList *names = nullptr;
-    manager()->getAllUserNames(&names);
-    QCOMPARE(*names, QStringList{"CC"});
+    void addUserRules()
+    {
+        QFETCH(QString, name); QFETCH(int, status); QFETCH(int, count); QFETCH(QString, active);
+        QCOMPARE(m_folders.load(), ES_SUCCESS);
+        QCOMPARE(manager()->addUser(QStringLiteral("AB"), QStringLiteral("pw")), ES_SUCCESS);
+        int index = -2;
+        QCOMPARE(int(manager()->addUser(name, &index, QStringLiteral("pw"))), status);
+        QCOMPARE(manager()->userCount(), count);
+        QCOMPARE(manager()->getActiveUserName(), active);
+        QCOMPARE(index, status == ES_SUCCESS ? manager()->getUserIndex(name.toUpper()) : -1);
+        QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + name.toUpper() + ".txt")); // adding saves nothing
+    }
 
-    QCOMPARE(manager()->deleteAllUsers(), ES_SUCCESS);
-    QCOMPARE(manager()->userCount(), 0);
-    QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + "CC.txt"));
-    QVERIFY(QFileInfo::exists(m_folders.profilesFolder() + "ROIs for CC")); // only files go here
-}
+    void activationLogsInAndTheLogLogsOut()
+    {
+        QCOMPARE(m_folders.load(), ES_SUCCESS);
+        QCOMPARE(beginLog(QStringLiteral("Test")), 1);
+        QCOMPARE(manager()->addUser(QStringLiteral("jd"), QString()), ES_SUCCESS);
+        QCOMPARE(manager()->setActiveUser(1), ES_INVALID_INPUT);
+        QVERIFY(!manager()->getActiveUser());
+        QCOMPARE(manager()->setActiveUser(0), ES_SUCCESS);
+        QCOMPARE(CZOPreference::getActiveUser(), (*manager())[0]);
+        QCOMPARE(manager()->getActiveUserName(), QStringLiteral("JD"));
+        QCoreApplication::processEvents();
+        closeLog();
 
-void TestCPLPreferenceManager::selectionThroughTheDialog()
-{
-    QCOMPARE(m_folders.load(), ES_SUCCESS);
-    // Nobody to choose: "_none_" is the only entry and chooses nobody.
-    QStringList items;
-    answerDialog([&items](CZOSUserIDDialog *dialog) {
-        items = comboItems(dialog);
-        dialog->accept();
-    });
-    QCOMPARE(manager()->selectUser(QString()), ES_UNKNOWN_ERROR);
-    QCOMPARE(items, QStringList{"_none_"});
-    QVERIFY(!manager()->getActiveUser());
-    QVERIFY(!manager()->selectionDialog());
+        const QString log = QString::fromLatin1(PrefsFolders::readFile(m_folders.dir->filePath("data/zoactivity.log")));
+        QVERIFY2(log.contains("\t>>JD Logged IN<<\r\n"), qPrintable(log));
+        QVERIFY2(log.contains(QRegularExpression("\t>>JD Logged OUT<< Session Lasted: 00:00:0\\d\r\n")), qPrintable(log));
+        QVERIFY(PrefsFolders::readFile(userStatsFileName()).contains("login,JD,"));
+        QCOMPARE(manager()->setActiveUser(0), ES_SUCCESS);
+        QCOMPARE(m_folders.load(), ES_SUCCESS); // reloading forgets the active user
+        QVERIFY(!manager()->getActiveUser() && manager()->getActiveUserName().isEmpty());
+    }
 
-    // A wrong password keeps the dialog open with a message; cancelling changes nothing.
-    manager()->addUser("AB", "a");
-    manager()->addUser("CD", "c");
-    QString preselected, message;
-    bool stillOpen = false;
-    answerDialog([&](CZOSUserIDDialog *dialog) {
-        preselected = dialog->userComboBox()->currentText();
-        dialog->passwordEdit()->setText("wrong");
-        dialog->accept();
-        stillOpen = dialog->isVisible();
-        message = dialog->message();
-        dialog->reject();
-    });
-    QCOMPARE(manager()->selectUser("CD"), ES_UNKNOWN_ERROR);
-    QCOMPARE(preselected, QStringLiteral("CD"));
-    QVERIFY(stillOpen);
-    QVERIFY(!message.isEmpty());
-    QVERIFY(!manager()->getActiveUser());
+    void deletingUsers()
+    {
+        QCOMPARE(m_folders.load(), ES_SUCCESS);
+        for (const char *name : {"AA", "BB", "CC"}) {
+            int index = -1;
+            QCOMPARE(manager()->addUser(name, &index, QString()), ES_SUCCESS);
+            QCOMPARE((*manager())[unsigned(index)]->saveData(), ES_SUCCESS);
+            QString roi;
+            CPLPreferenceUser::getRoiFolderForUser(name, &roi);
+            m_folders.writeFile(roi + "/ROI_1_" + name + ".txt", "roi");
+        }
+        QCOMPARE(manager()->deleteActiveUser(), ES_UNKNOWN_ERROR);
+        QCOMPARE(manager()->deleteUser("ZZ"), ES_UNKNOWN_ERROR);
 
-    answerDialog([](CZOSUserIDDialog *dialog) {
-        dialog->passwordEdit()->setText("c");
-        QTest::keyClick(dialog->passwordEdit(), Qt::Key_Return);
-    });
-    QCOMPARE(manager()->selectUser("CD"), ES_UNKNOWN_ERROR);
-    QCOMPARE(manager()->getActiveUserName(), QStringLiteral("CD"));
-}
+        QCOMPARE(manager()->setActiveUser(1), ES_SUCCESS);
+        QCOMPARE(manager()->deleteActiveUser(), ES_SUCCESS);
+        QVERIFY(manager()->getActiveUserName().isEmpty());
+        QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + "BB.txt"));
+        QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + "ROIs for BB"));
+        QCOMPARE(manager()->deleteUser("AA"), ES_SUCCESS);
+        QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + "ROIs for AA"));
+        QStringList *names = nullptr;
+        manager()->getAllUserNames(&names);
+        QCOMPARE(*names, QStringList{"CC"});
 
-void TestCPLPreferenceManager::dialogAddsAndDeletesUsers()
-{
-    QCOMPARE(m_folders.load(), ES_SUCCESS);
-    manager()->addUser("OLD", "old");
-    QStringList afterAdd, afterDelete;
-    QString refusal;
-    answerDialog([&](CZOSUserIDDialog *dialog) {
-        dialog->newUserEdit()->setText("n");
-        QTest::mouseClick(dialog->addButton(), Qt::LeftButton);
-        refusal = dialog->message();
-        dialog->newUserEdit()->setText("new");
-        dialog->newPasswordEdit()->setText("pw");
-        QTest::mouseClick(dialog->addButton(), Qt::LeftButton);
-        afterAdd = comboItems(dialog);
-        dialog->userComboBox()->setCurrentText("OLD");
-        dialog->passwordEdit()->setText("old");
-        QTest::mouseClick(dialog->deleteButton(), Qt::LeftButton);
-        afterDelete = comboItems(dialog);
-        dialog->userComboBox()->setCurrentText("NEW");
-        dialog->passwordEdit()->setText("pw");
-        dialog->accept();
-    });
-    manager()->selectUser(QString());
-    QVERIFY(!refusal.isEmpty());
-    QCOMPARE(afterAdd, (QStringList{"OLD", "NEW"}));
-    QCOMPARE(afterDelete, QStringList{"NEW"});
-    QCOMPARE(manager()->getActiveUserName(), QStringLiteral("NEW"));
-    QVERIFY(QFileInfo::exists(m_folders.profilesFolder() + "NEW.txt"));
-}
+        QCOMPARE(manager()->deleteAllUsers(), ES_SUCCESS);
+        QCOMPARE(manager()->userCount(), 0);
+        QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + "CC.txt"));
+        QVERIFY(QFileInfo::exists(m_folders.profilesFolder() + "ROIs for CC")); // only files go here
+    }
 
-void TestCPLPreferenceManager::labelData()
-{
-    QCOMPARE(m_folders.load(), ES_SUCCESS);
-    QString text = "*** User Label Name Set:\tMice\r\nStrain:\t\r\nAge:\t\r\n\r\n"
-                   "*** User Label Name Set:\tPlates\r\nWell:\t\r\n\r\n";
-    QCOMPARE(manager()->loadLabelData(&text), ES_SUCCESS);
-    QStringList names;
-    CPLPreferenceUser::getLabelDataNames(&names);
-    QCOMPARE(names, (QStringList{"Zolvane Universal", "Mice", "Plates"}));
-    QCOMPARE(CPLPreferenceUser::m_nDataSetCount, 3);
-    text = "*** Not a label set:\r\n\r\n";
-    QCOMPARE(manager()->loadLabelData(&text), ES_SUCCESS);
-    CPLPreferenceUser::getLabelDataNames(&names);
-    QCOMPARE(names, QStringList{"Zolvane Universal"});
-}
+    void selectionThroughTheDialog()
+    {
+        QCOMPARE(m_folders.load(), ES_SUCCESS);
+        // Nobody to choose: "_none_" is the only entry and chooses nobody.
+        QStringList items;
+        answerDialog([&items](CZOSUserIDDialog *dialog) {
+            items = comboItems(dialog);
+            dialog->accept();
+        });
+        QCOMPARE(manager()->selectUser(QString()), ES_UNKNOWN_ERROR);
+        QCOMPARE(items, QStringList{"_none_"});
+        QVERIFY(!manager()->getActiveUser());
+        QVERIFY(!manager()->selectionDialog());
+
+        // A wrong password keeps the dialog open with a message; cancelling changes nothing.
+        manager()->addUser("AB", "a");
+        manager()->addUser("CD", "c");
+        QString preselected, message;
+        bool stillOpen = false;
+        answerDialog([&](CZOSUserIDDialog *dialog) {
+            preselected = dialog->userComboBox()->currentText();
+            dialog->passwordEdit()->setText("wrong");
+            dialog->accept();
+            stillOpen = dialog->isVisible();
+            message = dialog->message();
+            dialog->reject();
+        });
+        QCOMPARE(manager()->selectUser("CD"), ES_UNKNOWN_ERROR);
+        QCOMPARE(preselected, QStringLiteral("CD"));
+        QVERIFY(stillOpen);
+        QVERIFY(!message.isEmpty());
+        QVERIFY(!manager()->getActiveUser());
+
+        answerDialog([](CZOSUserIDDialog *dialog) {
+            dialog->passwordEdit()->setText("c");
+            QTest::keyClick(dialog->passwordEdit(), Qt::Key_Return);
+        });
+        QCOMPARE(manager()->selectUser("CD"), ES_UNKNOWN_ERROR);
+        QCOMPARE(manager()->getActiveUserName(), QStringLiteral("CD"));
+    }
+
+    void dialogAddsAndDeletesUsers()
+    {
+        QCOMPARE(m_folders.load(), ES_SUCCESS);
+        manager()->addUser("OLD", "old");
+        QStringList afterAdd, afterDelete;
+        QString refusal;
+        answerDialog([&](CZOSUserIDDialog *dialog) {
+            dialog->newUserEdit()->setText("n");
+            QTest::mouseClick(dialog->addButton(), Qt::LeftButton);
+            refusal = dialog->message();
+            dialog->newUserEdit()->setText("new");
+            dialog->newPasswordEdit()->setText("pw");
+            QTest::mouseClick(dialog->addButton(), Qt::LeftButton);
+            afterAdd = comboItems(dialog);
+            dialog->userComboBox()->setCurrentText("OLD");
+            dialog->passwordEdit()->setText("old");
+            QTest::mouseClick(dialog->deleteButton(), Qt::LeftButton);
+            afterDelete = comboItems(dialog);
+            dialog->userComboBox()->setCurrentText("NEW");
+            dialog->passwordEdit()->setText("pw");
+            dialog->accept();
+        });
+        manager()->selectUser(QString());
+        QVERIFY(!refusal.isEmpty());
+        QCOMPARE(afterAdd, (QStringList{"OLD", "NEW"}));
+        QCOMPARE(afterDelete, QStringList{"NEW"});
+        QCOMPARE(manager()->getActiveUserName(), QStringLiteral("NEW"));
+        QVERIFY(QFileInfo::exists(m_folders.profilesFolder() + "NEW.txt"));
+    }
+
+    void labelData()
+    {
+        QCOMPARE(m_folders.load(), ES_SUCCESS);
+        QString text = "*** User Label Name Set:\tMice\r\nStrain:\t\r\nAge:\t\r\n\r\n"
+                       "*** User Label Name Set:\tPlates\r\nWell:\t\r\n\r\n";
+        QCOMPARE(manager()->loadLabelData(&text), ES_SUCCESS);
+        QStringList names;
+        CPLPreferenceUser::getLabelDataNames(&names);
+        QCOMPARE(names, (QStringList{"Zolvane Universal", "Mice", "Plates"}));
+        QCOMPARE(CPLPreferenceUser::m_nDataSetCount, 3);
+        // A damaged set is reported, and the good ones before and after it still load.
+        text = "*** User Label Name Set:\tMice\r\nAge:\t\r\n\r\n*** User Label Name Set:\tBroken\r\nno separator\r\n\r\n"
+               "*** User Label Name Set:\tPlates\r\nWell:\t\r\n\r\n";
+        QVERIFY(manager()->loadLabelData(&text) != ES_SUCCESS);
+        CPLPreferenceUser::getLabelDataNames(&names);
+        QCOMPARE(names.mid(3), (QStringList{"Mice", "Plates"}));
+        text = "*** Not a label set:\r\n\r\n";
+        QCOMPARE(manager()->loadLabelData(&text), ES_SUCCESS);
+        CPLPreferenceUser::getLabelDataNames(&names);
+        QCOMPARE(names, QStringList{"Zolvane Universal"});
+    }
+private:
+    // Runs `answer` on the selection dialog once it is shown.
+    void answerDialog(std::function<void(CZOSUserIDDialog *)> answer)
+    {
+        auto *timer = new QTimer(this);
+        timer->setInterval(10);
+        connect(timer, &QTimer::timeout, this, [this, timer, answer] {
+            CZOSUserIDDialog *dialog = manager()->selectionDialog();
+            if (!dialog || !dialog->isVisible())
+                return;
+            timer->stop();
+            timer->deleteLater();
+            answer(dialog);
+        });
+        timer->start();
+    }
+    CPLPreferenceManager *manager() { return CZOPreference::getPreferenceManager(); }
+    PrefsFolders m_folders;
+};
 
 QTEST_MAIN(TestCPLPreferenceManager)
 #include "tst_cplpreferencemanager.moc"

@@ -23,299 +23,274 @@ class TestCPLPreferenceUser : public QObject
 {
     Q_OBJECT
 private slots:
-    void init();
-    void firstSaveWritesTheLayoutByteForByte();
-    void roundTripKeepsEverySection();
-    void nameComesFromTheFileAndAutoSaveIsNeverReadBack();
-    void damagedProfilesLoad_data();
-    void damagedProfilesLoad();
-    void textEncodings_data();
-    void textEncodings();
-    void failedSaveKeepsThePreviousProfile();
-    void noFileWhereAFolderStands();
-    void passwords();
-    void roiFileNumbers_data();
-    void roiFileNumbers();
-    void roiMenusSurviveASave();
+    void init()
+    {
+        m_folders.setUp();
+        QCOMPARE(m_folders.load(), ES_SUCCESS);
+    }
 
+    void firstSaveWritesTheLayoutByteForByte()
+    {
+        CPLPreferenceUser user(QStringLiteral("JD"), QStringLiteral("secret"));
+        QCOMPARE(user.saveData(), ES_SUCCESS);
+        QVERIFY(!user.isSaveRequired());
+        QByteArray expected = "*** User Input:\t(User Profile)\r\nUser ID:\tJD\r\n"
+                              "Chosen User Label Name Set:\tZolvane Universal\r\nPreferred calibration:\tcounts\r\n"
+                              "Auto-Save datasets:\tno\r\n\r\n*** User Label Name Set:\tZolvane Universal\r\n";
+        for (const char *label : {"User", "Group", "Experiment", "Comment1", "Comment2", "Time Point", "Animal Number",
+                                  "Animal Strain", "Animal Model", "Sex", "View", "Cell Line", "Reporter", "Treatment",
+                                  "Luc Injection Time", "IACUC Number"})
+            expected += QByteArray(label) + ":\t\r\n";
+        expected += "\r\n*** General User Setting:\r\nDock Tool Panel:\tNo\r\nDock Left:\tNo\r\n"
+                    "Show Activity Bar:\tWarnings / Errors\r\nSave Colors:\tYes\r\nAdvanced Option:\tNo\r\n"
+                    "Save Disk-Paths:\tYes\r\nSave Window Details:\tYes\r\nSave File List:\tYes\r\nMRU Size:\t5\r\n"
+                    "WindowPrefWidthInPercent:\t55\r\nWindowPrefHeightInPercent:\t65\r\n"
+                    "Save Float-Corrected Image:\tNo\r\nImageExportFormat:\tpng\r\n\r\n"
+                    "*** User Password:\r\nPassword:\t" + md5("secret") + "\r\n\r\n";
+        QCOMPARE(PrefsFolders::readFile(path("JD")), expected);
+        QCOMPARE(user.getCustomSettingsSections().size(), 2);
+    }
+
+    void roundTripKeepsEverySection()
+    {
+        CPLPreferenceUser user(QStringLiteral("RT"), QStringLiteral("pw"));
+        user.setDefaultCalibration(QStringLiteral("radiance"));
+        user[0]->operator[](1)->setValue(QStringLiteral("Study 4"));
+        auto *general = new CPLSection(QStringLiteral("general user setting")); // any case counts as present
+        general->setValue(QStringLiteral("MRU Size"), QStringLiteral("7"));
+        user.addCustomSettingsSection(general);
+        auto *paths = new CPLSection(QStringLiteral("Application Related Paths"));
+        paths->setValue(QStringLiteral("Preferred working Directory"), QStringLiteral("/data/work"));
+        user.addCustomSettingsSection(paths);
+        auto *notes = new CPLSection(QStringLiteral("Notes"), QStringLiteral("comment"));
+        notes->setValue(QStringLiteral("Text"), QStringLiteral("line one\nline two: with\tTAB"));
+        notes->setValue(QStringLiteral("Empty"), QString());
+        user.addCustomSettingsSection(notes);
+        user.addCustomSettingsSection(new CPLSection(*notes)); // same name twice: both kept
+        QCOMPARE(user.saveData(), ES_SUCCESS);
+        const QByteArray first = PrefsFolders::readFile(path("RT"));
+        QVERIFY(!first.contains("*** General User Setting:"));
+
+        QScopedPointer<CPLPreferenceUser> loaded(reload("RT"));
+        QVERIFY(loaded);
+        QString text;
+        loaded->getDefaultCalibration(&text);
+        QCOMPARE(text, QStringLiteral("radiance"));
+        loaded->getDefaultUserPath(&text);
+        QCOMPARE(text, QStringLiteral("/data/work"));
+        QVERIFY(loaded->checkPassword(QStringLiteral("pw")));
+        QCOMPARE((*loaded)[0]->operator[](1)->value(), QStringLiteral("Study 4"));
+        const CPLPreferenceUser copy(*loaded); // a copy holds its own sections, all of them
+        loaded.reset();
+        QCOMPARE(copy.getCustomSettingsSections().size(), user.getCustomSettingsSections().size());
+        for (int i = 0; i < user.getCustomSettingsSections().size(); ++i)
+            QCOMPARE(*copy.getCustomSettingsSections().at(i), *user.getCustomSettingsSections().at(i));
+        loaded.reset(reload("RT"));
+        QCOMPARE(loaded->saveData(), ES_SUCCESS);
+        QCOMPARE(PrefsFolders::readFile(path("RT")), first);
+    }
+
+    void nameComesFromTheFileAndAutoSaveIsNeverReadBack()
+    {
+        m_folders.writeFile(path("AB"), "*** User Input:\t(User Profile)\r\nUser ID:\tZZ\r\n"
+                                        "Chosen User Label Name Set:\t  Mine  \r\nAuto-Save datasets:\tyes\r\n\r\n");
+        CPLPreferenceUser user(QStringLiteral("AB.txt.bak"), QString());
+        user.setAutoSave(true);
+        QCOMPARE(user.loadData(path("AB")), ES_SUCCESS);
+        QVERIFY(!user.isAutoSave());
+        QString text;
+        user.getUserName(&text);
+        QCOMPARE(text, QStringLiteral("AB"));
+        user.getChosenLabelName(&text);
+        QCOMPARE(text, QStringLiteral("Mine"));
+    }
+
+    void damagedProfilesLoad_data()
+    {
+        QTest::addColumn<QByteArray>("bytes"); QTest::addColumn<QStringList>("sections");
+        QTest::addColumn<QString>("group");
+        QByteArray binary;
+        for (int i = 0; i < 4096; ++i)
+            binary += char((i * 131 + 7) % 256);
+        const QByteArray good = kHeader + kLabels + "*** A:\r\nk:\tv\r\n\r\n";
+        QTest::newRow("empty") << QByteArray() << QStringList() << QString();
+        QTest::newRow("binary") << binary << QStringList() << QString();
+        QTest::newRow("binary after good sections") << good + binary << QStringList{"A"} << "G1";
+        QTest::newRow("truncated mid-section") << good + "*** B:\r\nk1:\tv1\r\nk2:\tpartial val" << QStringList{"A", "B"}
+                                               << "G1";
+        QTest::newRow("truncated mid-label block") << kHeader + kLabels.left(60) << QStringList() << QString();
+        QTest::newRow("carriage returns only") << QByteArray(good).replace("\r\n", "\r") << QStringList{"A"} << "G1";
+        QTest::newRow("duplicate sections and keys") << good + "*** A:\r\nk:\tsecond\r\nk:\tthird\r\n\r\n"
+                                                     << QStringList{"A", "A"} << "G1";
+        QTest::newRow("broken section between good ones")
+            << good + "*** B:\r\nno separator here\r\n\r\n*** C:\r\nk:\tv\r\n\r\n" << QStringList{"A", "C"} << "G1";
+        QTest::newRow("no label block, stray lines") << kHeader + "*** A:\r\nk:\tv\r\n\r\njunk line\r\n*** C:\r\nk:\tv\r\n"
+                                                     << QStringList{"A", "C"} << QString();
+    }
+
+    void damagedProfilesLoad()
+    {
+        QFETCH(QByteArray, bytes); QFETCH(QStringList, sections); QFETCH(QString, group);
+        m_folders.writeFile(path("AB"), bytes);
+        CPLPreferenceUser user(QStringLiteral("AB"), QStringLiteral("old"));
+        QCOMPARE(user.loadData(path("AB")), ES_SUCCESS);
+        QStringList names;
+        for (const CPLSection *section : user.getCustomSettingsSections())
+            names << section->name();
+        QCOMPARE(names, sections);
+        const CPLPreferenceKey *key = user[0]->findKey(QStringLiteral("Group"));
+        QCOMPARE(key ? key->value() : QString(), group);
+        QVERIFY(user.checkPassword(QString())); // no password section: the empty password
+        // Whatever was read saves and reads back the same.
+        QCOMPARE(user.saveData(), ES_SUCCESS);
+        QScopedPointer<CPLPreferenceUser> again(reload("AB"));
+        QVERIFY(again);
+        QCOMPARE(again->getCustomSettingsSections().size(), user.getCustomSettingsSections().size());
+    }
+
+    void textEncodings_data()
+    {
+        QTest::addColumn<QString>("value"); QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("latin-1 stays latin-1") << QString::fromUtf8("caf\u00e9") << QByteArray("caf\xe9");
+        QTest::newRow("beyond latin-1 as utf-8") << QString::fromUtf8("\u6f22") << QByteArray("\xe6\xbc\xa2");
+        // These two Latin-1 bytes would read back as one UTF-8 character.
+        QTest::newRow("latin-1 that looks like utf-8") << QString::fromUtf8("\u00c3\u00a9") << QByteArray("\xc3\x83\xc2\xa9");
+    }
+
+    void textEncodings()
+    {
+        QFETCH(QString, value); QFETCH(QByteArray, bytes);
+        CPLPreferenceUser user(QStringLiteral("EN"), QString());
+        auto *section = new CPLSection(QStringLiteral("Text"));
+        section->setValue(QStringLiteral("v"), value);
+        user.addCustomSettingsSection(section);
+        QCOMPARE(user.saveData(), ES_SUCCESS);
+        QVERIFY(PrefsFolders::readFile(path("EN")).contains("*** Text:\r\nv:\t" + bytes + "\r\n"));
+        QScopedPointer<CPLPreferenceUser> loaded(reload("EN"));
+        QVERIFY(loaded);
+        QCOMPARE(loaded->getCustomSettingsSections().first()->value(QStringLiteral("v")), value);
+    }
+
+    void failedSaveKeepsThePreviousProfile()
+    {
+    #ifdef ZO_HAVE_FILE_SIZE_LIMIT
+        CPLPreferenceUser user(QStringLiteral("FS"), QStringLiteral("pw"));
+        QCOMPARE(user.saveData(), ES_SUCCESS);
+        const QByteArray before = PrefsFolders::readFile(path("FS"));
+        auto *big = new CPLSection(QStringLiteral("Big"));
+        big->setValue(QStringLiteral("k"), QString(1 << 20, QLatin1Char('y')));
+        user.addCustomSettingsSection(big);
+        user.setUpdateFlag();
+
+        // Files may not grow past 64 kB: the write fails midway, for root too.
+        rlimit saved{};
+        QCOMPARE(getrlimit(RLIMIT_FSIZE, &saved), 0);
+        rlimit limited = saved;
+        limited.rlim_cur = 64 * 1024;
+        const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+        QCOMPARE(setrlimit(RLIMIT_FSIZE, &limited), 0);
+        const tag_estatus status = user.saveData();
+        setrlimit(RLIMIT_FSIZE, &saved);
+        std::signal(SIGXFSZ, oldHandler);
+
+        QCOMPARE(status, ES_UNKNOWN_ERROR);
+        QVERIFY(user.isSaveRequired());
+        QCOMPARE(PrefsFolders::readFile(path("FS")), before);
+        QCOMPARE(QDir(m_folders.profilesFolder()).entryList(QDir::Files), QStringList{"FS.txt"}); // no temporary left
+    #else
+        QSKIP("no file size limit on this system");
+    #endif
+    }
+
+    void noFileWhereAFolderStands()
+    {
+        CPLPreferenceUser user(QStringLiteral("DR"), QString());
+        QCOMPARE(user.loadData(path("missing")), ES_OPEN_FAILED);
+        QVERIFY(QDir().mkpath(path("DR") + "/inside"));
+        QCOMPARE(user.loadData(path("DR")), ES_OPEN_FAILED);
+        QVERIFY(user.saveData() != ES_SUCCESS);
+        QVERIFY(QFileInfo(path("DR") + "/inside").isDir());
+
+        // A file standing where the profiles folder must go.
+        QVERIFY(QDir(m_folders.profilesFolder()).removeRecursively());
+        m_folders.writeFile(m_folders.profileDir() + "/profiles", "not a folder");
+        QCOMPARE(user.saveData(), ES_WRITE_FAILED);
+        QCOMPARE(PrefsFolders::readFile(m_folders.profileDir() + "/profiles"), QByteArray("not a folder"));
+    }
+
+    void passwords()
+    {
+        CPLPreferenceUser user(QStringLiteral("PW"), QStringLiteral("one"));
+        QString digest;
+        QCOMPARE(user.getUserPass(&digest), ES_SUCCESS);
+        QCOMPARE(digest.toLatin1(), md5("one"));
+        QCOMPARE(user.setNewPass(QStringLiteral("wrong"), QStringLiteral("two")), ES_WRONG_INFORMATION);
+        QVERIFY(user.checkPassword(QStringLiteral("one")));
+        QCOMPARE(user.setNewPass(QStringLiteral("one"), QStringLiteral("two")), ES_SUCCESS);
+        QVERIFY(user.checkPassword(QStringLiteral("two")));
+    }
+
+    void roiFileNumbers_data()
+    {
+        QTest::addColumn<QStringList>("entries"); QTest::addColumn<QString>("next");
+        QStringList all;
+        for (int i = 1; i < 900; ++i)
+            all << QStringLiteral("ROI_%1_RO.txt").arg(i);
+        QTest::newRow("1 2 4 taken") << QStringList{"ROI_1_RO.txt", "ROI_2_x.txt", "ROI_4_RO.txt"} << "ROI_3_RO.txt";
+        QTest::newRow("numbers count modulo 900") << QStringList{"ROI_901_RO.txt"} << "ROI_2_RO.txt";
+        QTest::newRow("other names ignored") << QStringList{"ROI_x_RO.txt", "ROI__RO.txt", "roi_1_RO.txt", "ROI_1"}
+                                             << "ROI_1_RO.txt";
+        QTest::newRow("all taken starts over") << all << "ROI_1_RO.txt";
+    }
+
+    void roiFileNumbers()
+    {
+        QFETCH(QStringList, entries); QFETCH(QString, next);
+        CPLPreferenceUser user(QStringLiteral("RO"), QString());
+        QString folder;
+        QCOMPARE(CPLPreferenceUser::getRoiFolderForUser(QStringLiteral("RO"), &folder), ES_SUCCESS);
+        QCOMPARE(folder, m_folders.profilesFolder() + "ROIs for RO");
+        QDir().mkpath(folder);
+        for (const QString &entry : entries)
+            m_folders.writeFile(folder + "/" + entry, "x");
+        QString fileName;
+        QCOMPARE(user.getNextRoiFileNameFromUserFolder(folder, &fileName), ES_SUCCESS);
+        QCOMPARE(fileName, next);
+    }
+
+    void roiMenusSurviveASave()
+    {
+        CPLPreferenceUser user(QStringLiteral("RM"), QString());
+        QString file = QStringLiteral("ROI_1_RM.txt");
+        QCOMPARE(user.saveRoiMenuAndFileNames(1, QStringLiteral("Tumour"), &file), ES_SUCCESS);
+        file = QStringLiteral("ROI_2_RM.txt");
+        QCOMPARE(user.saveRoiMenuAndFileNames(2, QStringLiteral("Liver"), &file), ES_SUCCESS);
+        QCOMPARE(user.save3DROIFileDetails(QStringLiteral("Volume"), QStringLiteral("v.roi")), ES_SUCCESS);
+        QCOMPARE(user.save3DROIFileDetails(QStringLiteral("Other"), QStringLiteral("o.roi")), ES_SUCCESS);
+        QCOMPARE(user.saveData(), ES_SUCCESS);
+
+        QScopedPointer<CPLPreferenceUser> loaded(reload("RM"));
+        QVERIFY(loaded);
+        QCOMPARE(loaded->getROIMenuNames(), (QStringList{"Tumour", "Liver"}));
+        QCOMPARE(loaded->getRoiFileNameForMenuName(QStringLiteral("Liver"), &file), ES_SUCCESS);
+        QCOMPARE(file, QStringLiteral("ROI_2_RM.txt"));
+        QCOMPARE(loaded->get3DROIFileName(QStringLiteral("Other"), &file), ES_SUCCESS);
+        QCOMPARE(file, QStringLiteral("o.roi"));
+        QCOMPARE(loaded->deleteUserRoiMenuItem(QStringLiteral("Tumour")), ES_SUCCESS);
+        QCOMPARE(loaded->deleteUserRoiMenuItem(QStringLiteral("Tumour")), ES_ID_NOT_FOUND);
+        QCOMPARE(loaded->delete3DROIFileDetails(QStringLiteral("Volume")), ES_SUCCESS);
+        QCOMPARE(loaded->getROIMenuNames(), QStringList{"Liver"});
+        QCOMPARE(loaded->get3DROIMenuNames(), QStringList{"Other"});
+    }
 private:
-    CPLPreferenceUser *reload(const QString &name);
+    CPLPreferenceUser *reload(const QString &name)
+    {
+        auto *user = new CPLPreferenceUser(name + ".txt", QString());
+        return user->loadData(path(name)) == ES_SUCCESS ? user : (delete user, nullptr);
+    }
     QString path(const QString &name) const { return m_folders.profilesFolder() + name + ".txt"; }
     PrefsFolders m_folders;
 };
-
-void TestCPLPreferenceUser::init()
-{
-    m_folders.setUp();
-    QCOMPARE(m_folders.load(), ES_SUCCESS);
-}
-
-CPLPreferenceUser *TestCPLPreferenceUser::reload(const QString &name)
-{
-    auto *user = new CPLPreferenceUser(name + ".txt", QString());
-    return user->loadData(path(name)) == ES_SUCCESS ? user : (delete user, nullptr);
-}
-
-void TestCPLPreferenceUser::firstSaveWritesTheLayoutByteForByte()
-{
-    CPLPreferenceUser user(QStringLiteral("JD"), QStringLiteral("secret"));
-    QCOMPARE(user.saveData(), ES_SUCCESS);
-    QVERIFY(!user.isSaveRequired());
-    QByteArray expected = "*** User Input:\t(User Profile)\r\nUser ID:\tJD\r\n"
-                          "Chosen User Label Name Set:\tZolvane Universal\r\nPreferred calibration:\tcounts\r\n"
-                          "Auto-Save datasets:\tno\r\n\r\n*** User Label Name Set:\tZolvane Universal\r\n";
-    for (const char *label : {"User", "Group", "Experiment", "Comment1", "Comment2", "Time Point", "Animal Number",
-                              "Animal Strain", "Animal Model", "Sex", "View", "Cell Line", "Reporter", "Treatment",
-                              "Luc Injection Time", "IACUC Number"})
-        expected += QByteArray(label) + ":\t\r\n";
-    expected += "\r\n*** General User Setting:\r\nDock Tool Panel:\tNo\r\nDock Left:\tNo\r\n"
-                "Show Activity Bar:\tWarnings / Errors\r\nSave Colors:\tYes\r\nAdvanced Option:\tNo\r\n"
-                "Save Disk-Paths:\tYes\r\nSave Window Details:\tYes\r\nSave File List:\tYes\r\nMRU Size:\t5\r\n"
-                "WindowPrefWidthInPercent:\t55\r\nWindowPrefHeightInPercent:\t65\r\n"
-                "Save Float-Corrected Image:\tNo\r\nImageExportFormat:\tpng\r\n\r\n"
-                "*** User Password:\r\nPassword:\t" + md5("secret") + "\r\n\r\n";
-    QCOMPARE(PrefsFolders::readFile(path("JD")), expected);
-    QCOMPARE(user.getCustomSettingsSections().size(), 2);
-}
-
-void TestCPLPreferenceUser::roundTripKeepsEverySection()
-{
-    CPLPreferenceUser user(QStringLiteral("RT"), QStringLiteral("pw"));
-    user.setDefaultCalibration(QStringLiteral("radiance"));
-    user[0]->operator[](1)->setValue(QStringLiteral("Study 4"));
-    auto *general = new CPLSection(QStringLiteral("general user setting")); // any case counts as present
-    general->setValue(QStringLiteral("MRU Size"), QStringLiteral("7"));
-    user.addCustomSettingsSection(general);
-    auto *paths = new CPLSection(QStringLiteral("Application Related Paths"));
-    paths->setValue(QStringLiteral("Preferred working Directory"), QStringLiteral("/data/work"));
-    user.addCustomSettingsSection(paths);
-    auto *notes = new CPLSection(QStringLiteral("Notes"), QStringLiteral("comment"));
-    notes->setValue(QStringLiteral("Text"), QStringLiteral("line one\nline two: with\tTAB"));
-    notes->setValue(QStringLiteral("Empty"), QString());
-    user.addCustomSettingsSection(notes);
-    user.addCustomSettingsSection(new CPLSection(*notes)); // same name twice: both kept
-    QCOMPARE(user.saveData(), ES_SUCCESS);
-    const QByteArray first = PrefsFolders::readFile(path("RT"));
-    QVERIFY(!first.contains("*** General User Setting:"));
-
-    QScopedPointer<CPLPreferenceUser> loaded(reload("RT"));
-    QVERIFY(loaded);
-    QString text;
-    loaded->getDefaultCalibration(&text);
-    QCOMPARE(text, QStringLiteral("radiance"));
-    loaded->getDefaultUserPath(&text);
-    QCOMPARE(text, QStringLiteral("/data/work"));
-    QVERIFY(loaded->checkPassword(QStringLiteral("pw")));
-    QCOMPARE((*loaded)[0]->operator[](1)->value(), QStringLiteral("Study 4"));
-    const CPLPreferenceUser copy(*loaded); // a copy holds its own sections, all of them
-    loaded.reset();
-    QCOMPARE(copy.getCustomSettingsSections().size(), user.getCustomSettingsSections().size());
-    for (int i = 0; i < user.getCustomSettingsSections().size(); ++i)
-        QCOMPARE(*copy.getCustomSettingsSections().at(i), *user.getCustomSettingsSections().at(i));
-    loaded.reset(reload("RT"));
-    QCOMPARE(loaded->saveData(), ES_SUCCESS);
-    QCOMPARE(PrefsFolders::readFile(path("RT")), first);
-}
-
-void TestCPLPreferenceUser::nameComesFromTheFileAndAutoSaveIsNeverReadBack()
-{
-    m_folders.writeFile(path("AB"), "*** User Input:\t(User Profile)\r\nUser ID:\tZZ\r\n"
-                                    "Chosen User Label Name Set:\t  Mine  \r\nAuto-Save datasets:\tyes\r\n\r\n");
-    CPLPreferenceUser user(QStringLiteral("AB.txt.bak"), QString());
-    user.setAutoSave(true);
-    QCOMPARE(user.loadData(path("AB")), ES_SUCCESS);
-    QVERIFY(!user.isAutoSave());
-    QString text;
-    user.getUserName(&text);
-    QCOMPARE(text, QStringLiteral("AB"));
-    user.getChosenLabelName(&text);
-    QCOMPARE(text, QStringLiteral("Mine"));
-}
-
-void TestCPLPreferenceUser::damagedProfilesLoad_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QStringList>("sections");
-    QTest::addColumn<QString>("group");
-    QByteArray binary;
-    for (int i = 0; i < 4096; ++i)
-        binary += char((i * 131 + 7) % 256);
-    const QByteArray good = kHeader + kLabels + "*** A:\r\nk:\tv\r\n\r\n";
-    QTest::newRow("empty") << QByteArray() << QStringList() << QString();
-    QTest::newRow("binary") << binary << QStringList() << QString();
-    QTest::newRow("binary after good sections") << good + binary << QStringList{"A"} << "G1";
-    QTest::newRow("truncated mid-section") << good + "*** B:\r\nk1:\tv1\r\nk2:\tpartial val" << QStringList{"A", "B"}
-                                           << "G1";
-    QTest::newRow("truncated mid-label block") << kHeader + kLabels.left(60) << QStringList() << QString();
-    QTest::newRow("carriage returns only") << QByteArray(good).replace("\r\n", "\r") << QStringList{"A"} << "G1";
-    QTest::newRow("duplicate sections and keys") << good + "*** A:\r\nk:\tsecond\r\nk:\tthird\r\n\r\n"
-                                                 << QStringList{"A", "A"} << "G1";
-    QTest::newRow("broken section between good ones")
-        << good + "*** B:\r\nno separator here\r\n\r\n*** C:\r\nk:\tv\r\n\r\n" << QStringList{"A", "C"} << "G1";
-    QTest::newRow("no label block, stray lines") << kHeader + "*** A:\r\nk:\tv\r\n\r\njunk line\r\n*** C:\r\nk:\tv\r\n"
-                                                 << QStringList{"A", "C"} << QString();
-}
-
-void TestCPLPreferenceUser::damagedProfilesLoad()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(QStringList, sections);
-    QFETCH(QString, group);
-    m_folders.writeFile(path("AB"), bytes);
-    CPLPreferenceUser user(QStringLiteral("AB"), QStringLiteral("old"));
-    QCOMPARE(user.loadData(path("AB")), ES_SUCCESS);
-    QStringList names;
-    for (const CPLSection *section : user.getCustomSettingsSections())
-        names << section->name();
-    QCOMPARE(names, sections);
-    const CPLPreferenceKey *key = user[0]->findKey(QStringLiteral("Group"));
-    QCOMPARE(key ? key->value() : QString(), group);
-    QVERIFY(user.checkPassword(QString())); // no password section: the empty password
-    // Whatever was read saves and reads back the same.
-    QCOMPARE(user.saveData(), ES_SUCCESS);
-    QScopedPointer<CPLPreferenceUser> again(reload("AB"));
-    QVERIFY(again);
-    QCOMPARE(again->getCustomSettingsSections().size(), user.getCustomSettingsSections().size());
-}
-
-void TestCPLPreferenceUser::textEncodings_data()
-{
-    QTest::addColumn<QString>("value");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("latin-1 stays latin-1") << QString::fromUtf8("caf\u00e9") << QByteArray("caf\xe9");
-    QTest::newRow("beyond latin-1 as utf-8") << QString::fromUtf8("\u6f22") << QByteArray("\xe6\xbc\xa2");
-    // These two Latin-1 bytes would read back as one UTF-8 character.
-    QTest::newRow("latin-1 that looks like utf-8") << QString::fromUtf8("\u00c3\u00a9") << QByteArray("\xc3\x83\xc2\xa9");
-}
-
-void TestCPLPreferenceUser::textEncodings()
-{
-    QFETCH(QString, value);
-    QFETCH(QByteArray, bytes);
-    CPLPreferenceUser user(QStringLiteral("EN"), QString());
-    auto *section = new CPLSection(QStringLiteral("Text"));
-    section->setValue(QStringLiteral("v"), value);
-    user.addCustomSettingsSection(section);
-    QCOMPARE(user.saveData(), ES_SUCCESS);
-    QVERIFY(PrefsFolders::readFile(path("EN")).contains("*** Text:\r\nv:\t" + bytes + "\r\n"));
-    QScopedPointer<CPLPreferenceUser> loaded(reload("EN"));
-    QVERIFY(loaded);
-    QCOMPARE(loaded->getCustomSettingsSections().first()->value(QStringLiteral("v")), value);
-}
-
-void TestCPLPreferenceUser::failedSaveKeepsThePreviousProfile()
-{
-#ifdef ZO_HAVE_FILE_SIZE_LIMIT
-    CPLPreferenceUser user(QStringLiteral("FS"), QStringLiteral("pw"));
-    QCOMPARE(user.saveData(), ES_SUCCESS);
-    const QByteArray before = PrefsFolders::readFile(path("FS"));
-    auto *big = new CPLSection(QStringLiteral("Big"));
-    big->setValue(QStringLiteral("k"), QString(1 << 20, QLatin1Char('y')));
-    user.addCustomSettingsSection(big);
-    user.setUpdateFlag();
-
-    // Files may not grow past 64 kB: the write fails midway, for root too.
-    rlimit saved{};
-    QCOMPARE(getrlimit(RLIMIT_FSIZE, &saved), 0);
-    rlimit limited = saved;
-    limited.rlim_cur = 64 * 1024;
-    const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-    QCOMPARE(setrlimit(RLIMIT_FSIZE, &limited), 0);
-    const tag_estatus status = user.saveData();
-    setrlimit(RLIMIT_FSIZE, &saved);
-    std::signal(SIGXFSZ, oldHandler);
-
-    QCOMPARE(status, ES_UNKNOWN_ERROR);
-    QVERIFY(user.isSaveRequired());
-    QCOMPARE(PrefsFolders::readFile(path("FS")), before);
-    QCOMPARE(QDir(m_folders.profilesFolder()).entryList(QDir::Files), QStringList{"FS.txt"}); // no temporary left
-#else
-    QSKIP("no file size limit on this system");
-#endif
-}
-
-void TestCPLPreferenceUser::noFileWhereAFolderStands()
-{
-    CPLPreferenceUser user(QStringLiteral("DR"), QString());
-    QCOMPARE(user.loadData(path("missing")), ES_OPEN_FAILED);
-    QVERIFY(QDir().mkpath(path("DR") + "/inside"));
-    QCOMPARE(user.loadData(path("DR")), ES_OPEN_FAILED);
-    QVERIFY(user.saveData() != ES_SUCCESS);
-    QVERIFY(QFileInfo(path("DR") + "/inside").isDir());
-
-    // A file standing where the profiles folder must go.
-    QVERIFY(QDir(m_folders.profilesFolder()).removeRecursively());
-    m_folders.writeFile(m_folders.profileDir() + "/profiles", "not a folder");
-    QCOMPARE(user.saveData(), ES_WRITE_FAILED);
-    QCOMPARE(PrefsFolders::readFile(m_folders.profileDir() + "/profiles"), QByteArray("not a folder"));
-}
-
-void TestCPLPreferenceUser::passwords()
-{
-    CPLPreferenceUser user(QStringLiteral("PW"), QStringLiteral("one"));
-    QString digest;
-    QCOMPARE(user.getUserPass(&digest), ES_SUCCESS);
-    QCOMPARE(digest.toLatin1(), md5("one"));
-    QCOMPARE(user.setNewPass(QStringLiteral("wrong"), QStringLiteral("two")), ES_WRONG_INFORMATION);
-    QVERIFY(user.checkPassword(QStringLiteral("one")));
-    QCOMPARE(user.setNewPass(QStringLiteral("one"), QStringLiteral("two")), ES_SUCCESS);
-    QVERIFY(user.checkPassword(QStringLiteral("two")));
-}
-
-void TestCPLPreferenceUser::roiFileNumbers_data()
-{
-    QTest::addColumn<QStringList>("entries");
-    QTest::addColumn<QString>("next");
-    QStringList all;
-    for (int i = 1; i < 900; ++i)
-        all << QStringLiteral("ROI_%1_RO.txt").arg(i);
-    QTest::newRow("1 2 4 taken") << QStringList{"ROI_1_RO.txt", "ROI_2_x.txt", "ROI_4_RO.txt"} << "ROI_3_RO.txt";
-    QTest::newRow("numbers count modulo 900") << QStringList{"ROI_901_RO.txt"} << "ROI_2_RO.txt";
-    QTest::newRow("other names ignored") << QStringList{"ROI_x_RO.txt", "ROI__RO.txt", "roi_1_RO.txt", "ROI_1"}
-                                         << "ROI_1_RO.txt";
-    QTest::newRow("all taken starts over") << all << "ROI_1_RO.txt";
-}
-
-void TestCPLPreferenceUser::roiFileNumbers()
-{
-    QFETCH(QStringList, entries);
-    QFETCH(QString, next);
-    CPLPreferenceUser user(QStringLiteral("RO"), QString());
-    QString folder;
-    QCOMPARE(CPLPreferenceUser::getRoiFolderForUser(QStringLiteral("RO"), &folder), ES_SUCCESS);
-    QCOMPARE(folder, m_folders.profilesFolder() + "ROIs for RO");
-    QDir().mkpath(folder);
-    for (const QString &entry : entries)
-        m_folders.writeFile(folder + "/" + entry, "x");
-    QString fileName;
-    QCOMPARE(user.getNextRoiFileNameFromUserFolder(folder, &fileName), ES_SUCCESS);
-    QCOMPARE(fileName, next);
-}
-
-void TestCPLPreferenceUser::roiMenusSurviveASave()
-{
-    CPLPreferenceUser user(QStringLiteral("RM"), QString());
-    QString file = QStringLiteral("ROI_1_RM.txt");
-    QCOMPARE(user.saveRoiMenuAndFileNames(1, QStringLiteral("Tumour"), &file), ES_SUCCESS);
-    file = QStringLiteral("ROI_2_RM.txt");
-    QCOMPARE(user.saveRoiMenuAndFileNames(2, QStringLiteral("Liver"), &file), ES_SUCCESS);
-    QCOMPARE(user.save3DROIFileDetails(QStringLiteral("Volume"), QStringLiteral("v.roi")), ES_SUCCESS);
-    QCOMPARE(user.save3DROIFileDetails(QStringLiteral("Other"), QStringLiteral("o.roi")), ES_SUCCESS);
-    QCOMPARE(user.saveData(), ES_SUCCESS);
-
-    QScopedPointer<CPLPreferenceUser> loaded(reload("RM"));
-    QVERIFY(loaded);
-    QCOMPARE(loaded->getROIMenuNames(), (QStringList{"Tumour", "Liver"}));
-    QCOMPARE(loaded->getRoiFileNameForMenuName(QStringLiteral("Liver"), &file), ES_SUCCESS);
-    QCOMPARE(file, QStringLiteral("ROI_2_RM.txt"));
-    QCOMPARE(loaded->get3DROIFileName(QStringLiteral("Other"), &file), ES_SUCCESS);
-    QCOMPARE(file, QStringLiteral("o.roi"));
-    QCOMPARE(loaded->deleteUserRoiMenuItem(QStringLiteral("Tumour")), ES_SUCCESS);
-    QCOMPARE(loaded->deleteUserRoiMenuItem(QStringLiteral("Tumour")), ES_ID_NOT_FOUND);
-    QCOMPARE(loaded->delete3DROIFileDetails(QStringLiteral("Volume")), ES_SUCCESS);
-    QCOMPARE(loaded->getROIMenuNames(), QStringList{"Liver"});
-    QCOMPARE(loaded->get3DROIMenuNames(), QStringList{"Other"});
-}
 
 QTEST_MAIN(TestCPLPreferenceUser)
 #include "tst_cplpreferenceuser.moc"

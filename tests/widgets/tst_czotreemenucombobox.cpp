@@ -57,18 +57,193 @@ class TestCZOTreeMenuComboBox : public QObject
     Q_OBJECT
 private slots:
     void initTestCase() { QStandardPaths::setTestModeEnabled(true), CZOSLogEventHandler::install(); }
-    void init();
     void cleanup() { QCoreApplication::processEvents(), closeLog(); }
+    void init()
+    {
+        // "%2" in the folder catches texts built with chained arg() calls.
+        m_dir.reset(new QTemporaryDir(QDir::tempPath() + "/probes%2-XXXXXX"));
+        qputenv("ZO_DATA_ROOT", m_dir->path().toLocal8Bit() + '/');
+        QCOMPARE(beginLog(QStringLiteral("Test")), 1);
+    }
 
-    void builtInFileInstalledAndRewritable();
-    void choosingFromTheMenu();
-    void displayTypes();
-    void recentList_data();
-    void recentList();
-    void menuOptionsAndOneChildRule();
-    void badFiles_data();
-    void badFiles();
+    void builtInFileInstalledAndRewritable()
+    {
+        QStringList names;
+        {
+            CZOTreeMenuComboBox combo;
+            QCOMPARE(readFile(probesPath()), readFile(CZOTreeMenuComboBox::builtInProbeFile()));
+            QVERIFY(combo.loadedProbeCount() >= 98 && !logText().contains("Load Failed"));
+            names = combo.probeNames();
+            QVERIFY(combo.saveRecentUsedProbes({"EGFP", "Indocyanine Green"}));
+        }
+        CZOTreeMenuComboBox again;
+        QStringList reread = again.probeNames();
+        std::sort(names.begin(), names.end());
+        std::sort(reread.begin(), reread.end());
+        QCOMPARE(reread, names);
+        QCOMPARE(texts(again, false, submenu(again.menu(), "Recently Used")), QStringList({"Indocyanine Green", "EGFP"}));
 
+        // A folder in the file's place cannot be opened for writing, even by root.
+        QVERIFY(QFile::remove(probesPath()) && QDir().mkpath(probesPath()));
+        QVERIFY(!again.saveRecentUsedProbes({probe(1), "EGFP"}));
+        QCOMPARE(again.recentlyUsedProbes(), QStringList({"EGFP", "Indocyanine Green"}));
+        QVERIFY(logText().contains("Error   > Unable to add probes in use to recently used list. " + probesPath() + " : "));
+        const QString missing = m_dir->filePath("nowhere.xml");
+        QScopedPointer<QStandardItemModel> model(again.createTreeModelFromFile(missing));
+        QCOMPARE(model->item(0)->rowCount(), 0);
+        QVERIFY(logText().contains("Error   > Imaging Probe Tree (" + missing + ") Load Failed: No such file or directory."));
+
+        // No probe folder can be made below a file: the built-in list is offered.
+        QFile blocker(m_dir->filePath("blocker"));
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        qputenv("ZO_DATA_ROOT", blocker.fileName().toLocal8Bit() + '/');
+        CZOTreeMenuComboBox builtIn;
+        QCOMPARE(builtIn.filePath(), CZOTreeMenuComboBox::builtInProbeFile());
+        QVERIFY(builtIn.loadedProbeCount() >= 98 && !builtIn.saveRecentUsedProbes({"EGFP"}));
+    }
+
+    void choosingFromTheMenu()
+    {
+        writeProbes(probeFile(100, {probe(7)}));
+        CZOTreeMenuComboBox combo;
+        combo.show();
+        combo.showPopup();
+        QVERIFY(QTest::qWaitForWindowExposed(combo.menu()));
+        QVERIFY(combo.menu()->styleSheet().startsWith("QMenu {background-color: white;"));
+        submenu(combo.menu(), "Dyes")->actions().at(7)->trigger();
+        QCOMPARE(combo.currentText(), probe(7));
+        QCOMPARE(texts(combo, true), QStringList({probe(7), probe(7)})); // in "Recently Used" too
+        action(combo, probe(60))->trigger();
+        QCOMPARE(combo.itemText(0), probe(60)); // newest on top
+        QCOMPARE(texts(combo, true), QStringList({probe(60)}));
+        action(combo, probe(7))->trigger(); // known: made current, not added
+        QCOMPARE(combo.count(), 2);
+        QCOMPARE(combo.currentIndex(), 1);
+        combo.setCurrentIndex(0); // choosing in the combo moves the check marks
+        QCOMPARE(texts(combo, true), QStringList({probe(60)}));
+    }
+
+    void displayTypes()
+    {
+        const QStringList extras[] = {{}, {}, {"Qdot info", "Input Ex/Em"}, {"Unknown", "ALFood", "ALFree"}, {}};
+        for (int type : {0, 2, 3, 9}) {
+            writeProbes(probeFile(100));
+            CZOTreeMenuComboBox combo(static_cast<PROBETREEDISPLAYTYPE>(type));
+            QCOMPARE(texts(combo, false, nullptr).mid(100), extras[qMin(type, 4)]);
+            QCOMPARE(combo.probeNames().contains("KRV-2"), type == 3);
+            QVERIFY(combo.saveRecentUsedProbes({"Unknown"}));
+            QCOMPARE(combo.recentlyUsedProbes().size(), type == 3 ? 1 : 0);
+            if (type == 2) { // a user chooses a root item
+                action(combo, "Input Ex/Em")->trigger();
+                QCOMPARE(combo.currentText(), QStringLiteral("Input Ex/Em"));
+            }
+            const QByteArray written = readFile(probesPath()); // the extras are never written to the file
+            QVERIFY(!written.contains("Qdot") && !written.contains("ALFood"));
+        }
+    }
+
+    void recentList_data()
+    {
+        QTest::addColumn<QStringList>("inFile"); QTest::addColumn<QStringList>("used"); QTest::addColumn<bool>("result");
+        QTest::addColumn<QStringList>("recent");
+        const QString a = probe(1), b = probe(2), c = probe(3);
+        QTest::newRow("later copy wins") << QStringList() << QStringList{a, b, a} << true << QStringList{a, b};
+        QTest::newRow("merged, newest first") << QStringList{b, c} << QStringList{c, a} << true << QStringList{a, c, b};
+        QTest::newRow("unknown, empty, null and other case skipped")
+            << QStringList() << QStringList{a, "Not A Probe", "", QString(), a.toLower()} << true << QStringList{a};
+        QStringList twelve, lastTen;
+        for (int i = 0; i < 12; ++i)
+            twelve << probe(i), lastTen.prepend(probe(i));
+        QTest::newRow("twelve keep the last ten") << QStringList() << twelve << true << QStringList(lastTen.mid(0, 10));
+        QTest::newRow("empty list refused") << QStringList{a} << QStringList() << false << QStringList{a};
+    }
+
+    void recentList()
+    {
+        QFETCH(QStringList, inFile); QFETCH(QStringList, recent);
+        writeProbes(probeFile(100, inFile));
+        {
+            CZOTreeMenuComboBox combo;
+            QCOMPARE(combo.recentlyUsedProbes(), inFile);
+            QFETCH(QStringList, used);
+            QTEST(combo.saveRecentUsedProbes(used), "result");
+            QCOMPARE(texts(combo, false, submenu(combo.menu(), "Recently Used")), recent);
+        }
+        CZOTreeMenuComboBox reread;
+        QCOMPARE(reread.recentlyUsedProbes(), recent);
+        QCOMPARE(reread.loadedProbeCount(), 100);
+    }
+
+    void menuOptionsAndOneChildRule()
+    {
+        QByteArray xml = probeFile(100, {probe(5)}, "<Category Name=\"Lonely\"><PROBE Name=\"Only Child\"/></Category>\n"
+                                                    "<Category Name=\"  \"><PROBE Name=\"inBlank\"/></Category>\n");
+        writeProbes(xml.replace("Probe 001", "apricot").replace("Probe 002", "Zebra"));
+        {
+            CZOTreeMenuComboBox combo;
+            // A blank category opens nothing: its probe sits beside it, its end closes nothing.
+            QCOMPARE(combo.treeModel()->item(0)->child(0)->rowCount(), 5);
+            combo.setShowRecentlyUsedProbeList(false);
+            QVERIFY(!submenu(combo.menu(), "Recently Used") && submenu(combo.menu(), "Lonely"));
+            combo.setAllowSelectMultiMenuItem(true);
+            QVERIFY(submenu(combo.menu(), "Dyes")->styleSheet().isEmpty());
+            action(combo, probe(10))->trigger();
+            action(combo, probe(70))->trigger();
+            QCOMPARE(texts(combo, true), QStringList({probe(10), probe(70)}));
+            QCOMPARE(combo.count(), 0);
+
+            QStandardItem *root = combo.displayModel()->item(0);
+            QVERIFY(!combo.addNewCategoryStdItemFromStringList(nullptr, "Alphabetical"));
+            QVERIFY(!combo.addNewCategoryStdItemFromStringList(root, "  "));
+            QVERIFY(combo.addNewCategoryStdItemFromStringList(root, "Alphabetical"));
+            QMenu *alpha = submenu(combo.menu(), "Alphabetical");
+            QStringList initials;
+            for (QAction *a : alpha->actions())
+                initials << a->text() + QString::number(a->menu()->actions().size());
+            QCOMPARE(initials, QStringList({"A1", "I1", "O1", "P98", "Z1"}));
+            QVERIFY(combo.saveRecentUsedProbes({"Only Child"}));
+        }
+        // The writer turns a one-child category into a probe of its name.
+        const QByteArray written = readFile(probesPath());
+        QVERIFY(written.contains("<PROBE Name=\"Lonely\"/>"));
+        QCOMPARE(written.count("Only Child"), 1); // left only in the recent list
+    }
+
+    void badFiles_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("loaded"); // -1: some, fewer than the file holds
+        QTest::addColumn<QStringList>("logLines"); QTest::addColumn<bool>("rewritable");
+        const QString shortLoad = "Load Failed: Expect to load 98 items, loaded  %1 items.";
+        QTest::newRow("empty") << QByteArray() << 0 << QStringList{shortLoad.arg(0), "is not intact"} << false;
+        QTest::newRow("not XML") << QByteArray("GFP, RFP\n") << 0 << QStringList{shortLoad.arg(0), "at line 1"} << false;
+        const QByteArray full = probeFile(120);
+        QTest::newRow("truncated") << full.left(full.size() / 2) << -1 << QStringList{"Premature end of document"}
+                                   << false;
+        QTest::newRow("97 probes keep the tree") << probeFile(97) << 97 << QStringList{shortLoad.arg(97)} << true;
+        QByteArray deep = "<?xml version=\"1.0\"?>\n";
+        for (int i = 0; i < 10000; ++i)
+            deep += "<Category Name=\"L" + QByteArray::number(i) + "\">";
+        deep += "<PROBE Name=\"Bottom\"/>" + QByteArray("</Category>").repeated(10000);
+        QTest::newRow("10000 levels") << deep << 1 << QStringList{shortLoad.arg(1), "deeper than 32 levels"} << false;
+    }
+
+    void badFiles()
+    {
+        QFETCH(QByteArray, bytes); QFETCH(int, loaded); QFETCH(QStringList, logLines); QFETCH(bool, rewritable);
+        writeProbes(bytes);
+        CZOTreeMenuComboBox combo;
+        const int count = combo.loadedProbeCount();
+        QVERIFY(loaded >= 0 ? count == loaded : count > 0 && count < 120);
+        QCOMPARE(texts(combo).size(), count);
+        const QString log = logText();
+        for (const QString &line : logLines << probesPath())
+            QVERIFY2(log.contains(line), qPrintable(line + " not in\n" + log));
+        // A damaged file is left for the user to repair, not overwritten with what could be read.
+        QCOMPARE(combo.saveRecentUsedProbes({combo.probeNames().value(0)}), rewritable);
+        if (!rewritable)
+            QCOMPARE(readFile(probesPath()), bytes);
+    }
 private:
     QString probesPath() const { return m_dir->filePath("Probes/ProbesTree.xml"); }
     void writeProbes(const QByteArray &bytes)
@@ -86,200 +261,6 @@ private:
     QString logText() { return QString::fromUtf8(readFile(m_dir->filePath("zoactivity.log"))); }
     QScopedPointer<QTemporaryDir> m_dir;
 };
-
-void TestCZOTreeMenuComboBox::init()
-{
-    // "%2" in the folder catches texts built with chained arg() calls.
-    m_dir.reset(new QTemporaryDir(QDir::tempPath() + "/probes%2-XXXXXX"));
-    qputenv("ZO_DATA_ROOT", m_dir->path().toLocal8Bit() + '/');
-    QCOMPARE(beginLog(QStringLiteral("Test")), 1);
-}
-
-void TestCZOTreeMenuComboBox::builtInFileInstalledAndRewritable()
-{
-    QStringList names;
-    {
-        CZOTreeMenuComboBox combo;
-        QCOMPARE(readFile(probesPath()), readFile(CZOTreeMenuComboBox::builtInProbeFile()));
-        QVERIFY(combo.loadedProbeCount() >= 98 && !logText().contains("Load Failed"));
-        names = combo.probeNames();
-        QVERIFY(combo.saveRecentUsedProbes({"EGFP", "Indocyanine Green"}));
-    }
-    CZOTreeMenuComboBox again;
-    QStringList reread = again.probeNames();
-    std::sort(names.begin(), names.end());
-    std::sort(reread.begin(), reread.end());
-    QCOMPARE(reread, names);
-    QCOMPARE(texts(again, false, submenu(again.menu(), "Recently Used")), QStringList({"Indocyanine Green", "EGFP"}));
-
-    // A folder in the file's place cannot be opened for writing, even by root.
-    QVERIFY(QFile::remove(probesPath()) && QDir().mkpath(probesPath()));
-    QVERIFY(!again.saveRecentUsedProbes({probe(1), "EGFP"}));
-    QCOMPARE(again.recentlyUsedProbes(), QStringList({"EGFP", "Indocyanine Green"}));
-    QVERIFY(logText().contains("Error   > Unable to add probes in use to recently used list. " + probesPath() + " : "));
-    const QString missing = m_dir->filePath("nowhere.xml");
-    QScopedPointer<QStandardItemModel> model(again.createTreeModelFromFile(missing));
-    QCOMPARE(model->item(0)->rowCount(), 0);
-    QVERIFY(logText().contains("Error   > Imaging Probe Tree (" + missing + ") Load Failed: No such file or directory."));
-
-    // No probe folder can be made below a file: the built-in list is offered.
-    QFile blocker(m_dir->filePath("blocker"));
-    QVERIFY(blocker.open(QIODevice::WriteOnly));
-    qputenv("ZO_DATA_ROOT", blocker.fileName().toLocal8Bit() + '/');
-    CZOTreeMenuComboBox builtIn;
-    QCOMPARE(builtIn.filePath(), CZOTreeMenuComboBox::builtInProbeFile());
-    QVERIFY(builtIn.loadedProbeCount() >= 98 && !builtIn.saveRecentUsedProbes({"EGFP"}));
-}
-
-void TestCZOTreeMenuComboBox::choosingFromTheMenu()
-{
-    writeProbes(probeFile(100, {probe(7)}));
-    CZOTreeMenuComboBox combo;
-    combo.show();
-    combo.showPopup();
-    QVERIFY(QTest::qWaitForWindowExposed(combo.menu()));
-    QVERIFY(combo.menu()->styleSheet().startsWith("QMenu {background-color: white;"));
-    submenu(combo.menu(), "Dyes")->actions().at(7)->trigger();
-    QCOMPARE(combo.currentText(), probe(7));
-    QCOMPARE(texts(combo, true), QStringList({probe(7), probe(7)})); // in "Recently Used" too
-    action(combo, probe(60))->trigger();
-    QCOMPARE(combo.itemText(0), probe(60)); // newest on top
-    QCOMPARE(texts(combo, true), QStringList({probe(60)}));
-    action(combo, probe(7))->trigger(); // known: made current, not added
-    QCOMPARE(combo.count(), 2);
-    QCOMPARE(combo.currentIndex(), 1);
-    combo.setCurrentIndex(0); // choosing in the combo moves the check marks
-    QCOMPARE(texts(combo, true), QStringList({probe(60)}));
-}
-
-void TestCZOTreeMenuComboBox::displayTypes()
-{
-    const QStringList extras[] = {{}, {}, {"Qdot info", "Input Ex/Em"}, {"Unknown", "ALFood", "ALFree"}, {}};
-    for (int type : {0, 2, 3, 9}) {
-        writeProbes(probeFile(100));
-        CZOTreeMenuComboBox combo(static_cast<PROBETREEDISPLAYTYPE>(type));
-        QCOMPARE(texts(combo, false, nullptr).mid(100), extras[qMin(type, 4)]);
-        QCOMPARE(combo.probeNames().contains("KRV-2"), type == 3);
-        QVERIFY(combo.saveRecentUsedProbes({"Unknown"}));
-        QCOMPARE(combo.recentlyUsedProbes().size(), type == 3 ? 1 : 0);
-        if (type == 2) { // a user chooses a root item
-            action(combo, "Input Ex/Em")->trigger();
-            QCOMPARE(combo.currentText(), QStringLiteral("Input Ex/Em"));
-        }
-        const QByteArray written = readFile(probesPath()); // the extras are never written to the file
-        QVERIFY(!written.contains("Qdot") && !written.contains("ALFood"));
-    }
-}
-
-void TestCZOTreeMenuComboBox::recentList_data()
-{
-    QTest::addColumn<QStringList>("inFile");
-    QTest::addColumn<QStringList>("used");
-    QTest::addColumn<bool>("result");
-    QTest::addColumn<QStringList>("recent");
-    const QString a = probe(1), b = probe(2), c = probe(3);
-    QTest::newRow("later copy wins") << QStringList() << QStringList{a, b, a} << true << QStringList{a, b};
-    QTest::newRow("merged, newest first") << QStringList{b, c} << QStringList{c, a} << true << QStringList{a, c, b};
-    QTest::newRow("unknown, empty, null and other case skipped")
-        << QStringList() << QStringList{a, "Not A Probe", "", QString(), a.toLower()} << true << QStringList{a};
-    QStringList twelve, lastTen;
-    for (int i = 0; i < 12; ++i)
-        twelve << probe(i), lastTen.prepend(probe(i));
-    QTest::newRow("twelve keep the last ten") << QStringList() << twelve << true << QStringList(lastTen.mid(0, 10));
-    QTest::newRow("empty list refused") << QStringList{a} << QStringList() << false << QStringList{a};
-}
-
-void TestCZOTreeMenuComboBox::recentList()
-{
-    QFETCH(QStringList, inFile);
-    QFETCH(QStringList, recent);
-    writeProbes(probeFile(100, inFile));
-    {
-        CZOTreeMenuComboBox combo;
-        QCOMPARE(combo.recentlyUsedProbes(), inFile);
-        QFETCH(QStringList, used);
-        QTEST(combo.saveRecentUsedProbes(used), "result");
-        QCOMPARE(texts(combo, false, submenu(combo.menu(), "Recently Used")), recent);
-    }
-    CZOTreeMenuComboBox reread;
-    QCOMPARE(reread.recentlyUsedProbes(), recent);
-    QCOMPARE(reread.loadedProbeCount(), 100);
-}
-
-void TestCZOTreeMenuComboBox::menuOptionsAndOneChildRule()
-{
-    QByteArray xml = probeFile(100, {probe(5)}, "<Category Name=\"Lonely\"><PROBE Name=\"Only Child\"/></Category>\n"
-                                                "<Category Name=\"  \"><PROBE Name=\"inBlank\"/></Category>\n");
-    writeProbes(xml.replace("Probe 001", "apricot").replace("Probe 002", "Zebra"));
-    {
-        CZOTreeMenuComboBox combo;
-        // A blank category opens nothing: its probe sits beside it, its end closes nothing.
-        QCOMPARE(combo.treeModel()->item(0)->child(0)->rowCount(), 5);
-        combo.setShowRecentlyUsedProbeList(false);
-        QVERIFY(!submenu(combo.menu(), "Recently Used") && submenu(combo.menu(), "Lonely"));
-        combo.setAllowSelectMultiMenuItem(true);
-        QVERIFY(submenu(combo.menu(), "Dyes")->styleSheet().isEmpty());
-        action(combo, probe(10))->trigger();
-        action(combo, probe(70))->trigger();
-        QCOMPARE(texts(combo, true), QStringList({probe(10), probe(70)}));
-        QCOMPARE(combo.count(), 0);
-
-        QStandardItem *root = combo.displayModel()->item(0);
-        QVERIFY(!combo.addNewCategoryStdItemFromStringList(nullptr, "Alphabetical"));
-        QVERIFY(!combo.addNewCategoryStdItemFromStringList(root, "  "));
-        QVERIFY(combo.addNewCategoryStdItemFromStringList(root, "Alphabetical"));
-        QMenu *alpha = submenu(combo.menu(), "Alphabetical");
-        QStringList initials;
-        for (QAction *a : alpha->actions())
-            initials << a->text() + QString::number(a->menu()->actions().size());
-        QCOMPARE(initials, QStringList({"A1", "I1", "O1", "P98", "Z1"}));
-        QVERIFY(combo.saveRecentUsedProbes({"Only Child"}));
-    }
-    // The writer turns a one-child category into a probe of its name.
-    const QByteArray written = readFile(probesPath());
-    QVERIFY(written.contains("<PROBE Name=\"Lonely\"/>"));
-    QCOMPARE(written.count("Only Child"), 1); // left only in the recent list
-}
-
-void TestCZOTreeMenuComboBox::badFiles_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("loaded"); // -1: some, fewer than the file holds
-    QTest::addColumn<QStringList>("logLines");
-    QTest::addColumn<bool>("rewritable");
-    const QString shortLoad = "Load Failed: Expect to load 98 items, loaded  %1 items.";
-    QTest::newRow("empty") << QByteArray() << 0 << QStringList{shortLoad.arg(0), "is not intact"} << false;
-    QTest::newRow("not XML") << QByteArray("GFP, RFP\n") << 0 << QStringList{shortLoad.arg(0), "at line 1"} << false;
-    const QByteArray full = probeFile(120);
-    QTest::newRow("truncated") << full.left(full.size() / 2) << -1 << QStringList{"Premature end of document"}
-                               << false;
-    QTest::newRow("97 probes keep the tree") << probeFile(97) << 97 << QStringList{shortLoad.arg(97)} << true;
-    QByteArray deep = "<?xml version=\"1.0\"?>\n";
-    for (int i = 0; i < 10000; ++i)
-        deep += "<Category Name=\"L" + QByteArray::number(i) + "\">";
-    deep += "<PROBE Name=\"Bottom\"/>" + QByteArray("</Category>").repeated(10000);
-    QTest::newRow("10000 levels") << deep << 1 << QStringList{shortLoad.arg(1), "deeper than 32 levels"} << false;
-}
-
-void TestCZOTreeMenuComboBox::badFiles()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(int, loaded);
-    QFETCH(QStringList, logLines);
-    QFETCH(bool, rewritable);
-    writeProbes(bytes);
-    CZOTreeMenuComboBox combo;
-    const int count = combo.loadedProbeCount();
-    QVERIFY(loaded >= 0 ? count == loaded : count > 0 && count < 120);
-    QCOMPARE(texts(combo).size(), count);
-    const QString log = logText();
-    for (const QString &line : logLines << probesPath())
-        QVERIFY2(log.contains(line), qPrintable(line + " not in\n" + log));
-    // A damaged file is left for the user to repair, not overwritten with what could be read.
-    QCOMPARE(combo.saveRecentUsedProbes({combo.probeNames().value(0)}), rewritable);
-    if (!rewritable)
-        QCOMPARE(readFile(probesPath()), bytes);
-}
 
 QTEST_MAIN(TestCZOTreeMenuComboBox)
 #include "tst_czotreemenucombobox.moc"
