@@ -130,8 +130,11 @@ void TestCCDCorrections::readBias()
     // Pixels low..low+10 in a 11x3 image: mean low+5.
     CILImage im = image(11, 3, [&](int x, int) { return pixelLow + x; });
     float value = -1;
+    const int logged = logText().size();
     QCOMPARE(int(measureReadBias(ci, pixelLow < 0 ? nullptr : &im, &value)), status);
     QCOMPARE(value, result);
+    if (status != 0 && pixelLow >= 0) // a refusal says why in the log
+        QVERIFY(logText().size() > logged);
     QCOMPARE(int(measureReadBias(ci, &im, nullptr)), int(ES_INVALID_POINTER));
 }
 
@@ -330,6 +333,8 @@ void TestCCDCorrections::defectRepair()
     QScopedPointer<CPLSection> camera(section("Camera System Info", map));
     SCCDDefectMap parsed;
     QCOMPARE(int(parseCCDDefectMap(*camera, parsed)), 0);
+    for (const QVector<int> &lines : {parsed.columns, parsed.rows}) // sorted, each once
+        QVERIFY(std::adjacent_find(lines.begin(), lines.end(), std::greater_equal<int>()) == lines.end());
     CILImage im = image(6, 5, [&](int x, int y) {
         const bool bad = parsed.columns.contains(x) || parsed.rows.contains(y) || parsed.pixels.contains(QPoint(x, y));
         return bad ? 9999 : 10 * x + 100 * y;
