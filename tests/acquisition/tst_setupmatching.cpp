@@ -137,7 +137,10 @@ void TestSetupMatching::searchesReturnTheLastMatch()
     QList<SIAImage *> none{nullptr};
     QVERIFY(!findMatchingImageFromList(none, &wanted, false));
     QVERIFY(!findMatchingImageFromList(images, nullptr, false));
-    QVERIFY(!isPhotoParametersMatched(&wanted, nullptr));
+    using Pair = std::pair<const sIASetupInfo *, const sIASetupInfo *>;
+    for (const auto &[a, b] : {Pair(&wanted, nullptr), Pair(nullptr, &wanted)}) // every rule refuses a missing side
+        QVERIFY(!isLuminParametersMatched(a, b, false) && !isLuminParametersMatched(a, b, true)
+                && !isPhotoParametersMatched(a, b) && !isXrayParametersMatched(a, b));
 
     SIAImageInfo p1(wanted, "p1"), p2(wanted, "p2"), x;
     x.setup.xrayTubeVoltage = 35;

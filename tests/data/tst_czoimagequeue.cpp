@@ -148,6 +148,16 @@ void TestImageQueue::refusesUnusableShapes()
         queue.finalizeImageQueue(1, 0); // nothing to finalise; must not fail
         QVERIFY(!queue.getFrameAt(0, buffer.data()));
     }
+    // The smallest shape works for every pixel type.
+    const int pixelBytes[] = {1, 2, 4, 4, 8};
+    for (int type = ZOS_DT_UINT8; type <= ZOS_DT_DOUBLE; ++type) {
+        CZOImageQueue queue(path("small.bin"), 1, 1, 1, ZOSDataTypes(type));
+        const QByteArray pixel = frame(7).left(pixelBytes[type - 1]);
+        QVERIFY(queue.addFrame(pixel.constData()));
+        queue.finalizeImageQueue(0, 0);
+        QVERIFY(queue.getFrameAt(0, buffer.data()));
+        QCOMPARE(buffer.left(pixel.size()), pixel);
+    }
 }
 
 void TestImageQueue::whichFilesTheQueueDeletes()

@@ -98,6 +98,8 @@ void TestCSVParser::headerCheck_data()
     QTest::newRow("narrower first line replaced") << QByteArray("id,name\r\n1,a,10\r\n\r\n2,b,20") << kHeader
                                                   << QByteArray("id,name,value\r\n1,a,10\r\n2,b,20\r\n");
     QTest::newRow("empty first line replaced") << QByteArray("\r\nx,y,z\n") << kHeader << fresh + "x,y,z\r\n";
+    QTest::newRow("one field, empty first line kept") << QByteArray("\r\nabc\n") << QStringList{"id"}
+                                                      << QByteArray("\r\nabc\n");
     QTest::newRow("no header asked") << QByteArray("junk\n\n") << QStringList() << QByteArray("junk\n\n");
 }
 

@@ -182,6 +182,8 @@ private slots:
                                                  << "S" << "" << QStringList{"key", "other"} << QStringList{"", ""};
         QTest::newRow("first duplicate wins") << "*** S:\nk:\t1\nk:\t2\n\tmore\nj:\t3\n"
                                               << "S" << "" << QStringList{"k", "j"} << QStringList{"1", "3"};
+        QTest::newRow("keys almost headers") << "*** S:\n** k:\tv\nx** j:\tw\n*** T:\n"
+                                             << "S" << "" << QStringList{"** k", "x** j"} << QStringList{"v", "w"};
         QTest::newRow("continuation lines") << "*** S:\nk:\tone\r\n\ttwo\r\n\t\r\n\tfour\nj:\tx\n"
                                             << "S" << "" << QStringList{"k", "j"}
                                             << QStringList{"one\ntwo\n\nfour", "x"};
