@@ -53,6 +53,9 @@ private slots:
         QVERIFY(!manager()->getActiveUser());
         QCOMPARE(m_folders.load(), ES_SUCCESS); // loading again duplicates nobody
         QCOMPARE(manager()->userCount(), users.size());
+        int count = -1;
+        QCOMPARE(manager()->getUserCount(&count), ES_SUCCESS);
+        QCOMPARE(count, users.size());
     }
 
     void profileDirectoryIsMadeAndTheObsoleteOneRemoved()
@@ -272,6 +275,9 @@ private slots:
         CPLPreferenceUser::getLabelDataNames(&names);
         QCOMPARE(names, (QStringList{"Zolvane Universal", "Mice", "Plates"}));
         QCOMPARE(CPLPreferenceUser::m_nDataSetCount, 3);
+        CPLPreferenceUser user; // the first set is a set like the others
+        CPLLabelDataSet *set = nullptr;
+        QVERIFY(user.setActiveLabelData(0) == ES_SUCCESS && user.getActiveLabelData(&set) == ES_SUCCESS && set);
         // A damaged set is reported, and the good ones before and after it still load.
         text = "*** User Label Name Set:\tMice\r\nAge:\t\r\n\r\n*** User Label Name Set:\tBroken\r\nno separator\r\n\r\n"
                "*** User Label Name Set:\tPlates\r\nWell:\t\r\n\r\n";

@@ -259,6 +259,10 @@ private slots:
         QVERIFY(!settings()->removeMRUString("C:/A.tif"));
         QCOMPARE(settings()->getMRUCount(), 4);
         QCOMPARE(settings()->getMRUString(3), QStringLiteral("1"));
+        QVERIFY(settings()->removeMRUString("3")); // from the middle: the later ones move up
+        QCOMPARE(QStringList({settings()->getMRUString(0), settings()->getMRUString(1), settings()->getMRUString(2)}),
+                 QStringList({"4", "2", "1"}));
+        QCOMPARE(settings()->getMRUCount(), 3);
     }
 
     void pathsAndWindowsRoundTrip()

@@ -61,6 +61,7 @@ private slots:
         QCOMPARE(bar.progressMessage(), QStringLiteral("Aborting..."));
         QVERIFY(!bar.isAborted() && clicked.isEmpty() && !bar.abort());
         bar.startProgress(QStringLiteral("Acquiring"), 5);
+        QCOMPARE(bar.totalSteps(), 5);
         QTest::mouseClick(bar.m_pCancel, Qt::LeftButton);
         QVERIFY(bar.isAborted() && clicked.size() == 1);
         bar.endProgress();
