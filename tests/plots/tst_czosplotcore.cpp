@@ -454,6 +454,9 @@ private slots:
         QCOMPARE(core.convertObjectToWindowHeight(-50), qRound(plotH / 2));
         QCOMPARE(core.convertWindowToObjectWidth(int(plotW)), 10.0);
         QCOMPARE(core.convertWindowToObjectHeight(-int(plotH)), 100.0);
+        double w = 0, h = 0;
+        core.convertWindowToObjectSize(int(plotW), -int(plotH), w, h);
+        QCOMPARE((V{w, h}), (V{10, 100}));
         double xr = 0, yr = 0;
         core.getXYRatios(xr, yr);
         QCOMPARE((V{xr, yr}), (V{10 / plotW, 100 / plotH}));
