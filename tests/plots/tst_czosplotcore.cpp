@@ -859,6 +859,10 @@ private slots:
         QVERIFY(core.removeXErrorData("A"));
         QVERIFY(core.saveData(path.constData(), false, ','));
         QCOMPARE(contents(), QByteArray("Run: A\nX Values,Y Values\n1,3\n2,20.5\n3,30\n\n\n"));
+        QVERIFY(core.add("B", {5}, {6}, {}, {})); // every line is written, in any order
+        QVERIFY(core.saveData(path.constData(), false, ','));
+        QCOMPARE(contents().size(), 71);
+        QVERIFY(contents().contains("Run: A\nX Values") && contents().contains("Run: B\nX Values,Y Values\n5,6\n"));
         QVERIFY(!core.writeDataToFile(nullptr, ','));
         const QByteArray bad = QFile::encodeName(m_dir.filePath("no/such/folder/plot.csv"));
         QVERIFY(!core.saveCommaSeparated(bad.constData()));
