@@ -454,9 +454,10 @@ private slots:
         QCOMPARE(core.convertObjectToWindowHeight(-50), qRound(plotH / 2));
         QCOMPARE(core.convertWindowToObjectWidth(int(plotW)), 10.0);
         QCOMPARE(core.convertWindowToObjectHeight(-int(plotH)), 100.0);
-        double w = 0, h = 0;
-        core.convertWindowToObjectSize(int(plotW), -int(plotH), w, h);
-        QCOMPARE((V{w, h}), (V{10, 100}));
+        double sizeW = 0, sizeH = 0;
+        core.convertWindowToObjectSize(int(plotW), -int(plotH), sizeW, sizeH);
+        QCOMPARE(sizeW, 10.0);
+        QCOMPARE(sizeH, 100.0);
         double xr = 0, yr = 0;
         core.getXYRatios(xr, yr);
         QCOMPARE((V{xr, yr}), (V{10 / plotW, 100 / plotH}));
@@ -861,8 +862,8 @@ private slots:
         QCOMPARE(contents(), QByteArray("Run: A\nX Values,Y Values\n1,3\n2,20.5\n3,30\n\n\n"));
         QVERIFY(core.add("B", {5}, {6}, {}, {})); // every line is written, in any order
         QVERIFY(core.saveData(path.constData(), false, ','));
-        QCOMPARE(contents().size(), 71);
-        QVERIFY(contents().contains("Run: A\nX Values") && contents().contains("Run: B\nX Values,Y Values\n5,6\n"));
+        const QByteArray a("Run: A\nX Values,Y Values\n1,3\n2,20.5\n3,30\n\n"), b("Run: B\nX Values,Y Values\n5,6\n\n");
+        QVERIFY(contents() == a + b + '\n' || contents() == b + a + '\n');
         QVERIFY(!core.writeDataToFile(nullptr, ','));
         const QByteArray bad = QFile::encodeName(m_dir.filePath("no/such/folder/plot.csv"));
         QVERIFY(!core.saveCommaSeparated(bad.constData()));
