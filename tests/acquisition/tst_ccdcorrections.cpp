@@ -48,354 +48,339 @@ class TestCCDCorrections : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        qputenv("ZO_DATA_ROOT", m_dir.path().toLocal8Bit() + '/');
+        QVERIFY(CZOSLogEventHandler::install());
+        beginLog(QStringLiteral("tst_ccdcorrections"));
+        QVERIFY(getLogObject());
+    }
     void cleanupTestCase() { closeLog(); }
-    void readBias_data();
-    void readBias();
-    void readSigma_data();
-    void readSigma();
-    void readSigmaBadInput();
-    void flatField_data();
-    void flatField();
-    void shelfPosition_data();
-    void shelfPosition();
-    void defectRepair_data();
-    void defectRepair();
-    void defectRepairRefusals();
-    void darkChargeSection();
+
+    void readBias_data()
+    {
+        QTest::addColumn<QStringList>("sections"); // "section|key=value"
+        QTest::addColumn<int>("pixelLow");          // image pixels pixelLow..pixelLow+10; -1: no image
+        QTest::addColumn<int>("status");
+        QTest::addColumn<float>("result");
+        const QString dc = "darkcharge image|Read Bias Level=", rbo = "readbiasonly image|Read Bias Level=",
+                      rb = "readbias image|Read Bias Level=";
+        QTest::newRow("darkcharge first") << QStringList{rb + "7", rbo + "6", dc + "5"} << 1000 << 0 << 5.0f;
+        QTest::newRow("readbiasonly next") << QStringList{rb + "7", rbo + "6"} << 1000 << 0 << 6.0f;
+        QTest::newRow("readbias over measuring") << QStringList{rb + "7"} << 1000 << 0 << 7.0f;
+        QTest::newRow("stored needs no image") << QStringList{dc + "5.5"} << -1 << 0 << 5.5f;
+        QTest::newRow("readbias needs an image") << QStringList{rb + "7"} << -1 << 31 << 0.0f;
+        QTest::newRow("measured, default limits") << QStringList{} << 1000 << 0 << 100.5f;
+        QTest::newRow("minimum at lower limit 0") << QStringList{} << 0 << 31 << 0.0f;
+        QTest::newRow("maximum at upper limit 65535") << QStringList{} << 65525 << 31 << 0.0f;
+        const QString cam = "Camera System Info|";
+        const QStringList limits{cam + "Read Bias Lower Limit=100", cam + "Read Bias Upper Limit=200"};
+        QTest::newRow("limits x10, inside") << limits << 1001 << 0 << 100.6f;
+        QTest::newRow("limits x10, min at lower") << limits << 1000 << 31 << 0.0f;
+        QTest::newRow("limits x10, max at upper") << limits << 1990 << 31 << 0.0f;
+        QTest::newRow("multiplier of the readbias section")
+            << (limits + QStringList{"readbias image|Data Multiplier=5"}) << 501 << 0 << 101.2f;
+        QTest::newRow("multiplier of the camera ignored")
+            << (limits + QStringList{cam + "Data Multiplier=5"}) << 501 << 31 << 0.0f;
+        QTest::newRow("multiplier needs the camera section")
+            << QStringList{"readbias image|Data Multiplier=5"} << 1000 << 0 << 100.5f;
+        QTest::newRow("stored abc") << QStringList{dc + "abc"} << 1000 << 31 << 0.0f;
+        QTest::newRow("stored empty") << QStringList{rbo + ""} << 1000 << 31 << 0.0f;
+        QTest::newRow("stored 1e999") << QStringList{dc + "1e999"} << 1000 << 31 << 0.0f;
+        QTest::newRow("multiplier abc")
+            << (limits + QStringList{"readbias image|Data Multiplier=abc"}) << 1001 << 31 << 0.0f;
+        QTest::newRow("multiplier 0") << (limits + QStringList{"readbias image|Data Multiplier=0"}) << 1001 << 31 << 0.0f;
+        QTest::newRow("limit 60 sec") << QStringList{cam + "Read Bias Lower Limit=60 sec"} << 1001 << 31 << 0.0f;
+    }
+
+    void readBias()
+    {
+        QFETCH(QStringList, sections);
+        QFETCH(int, pixelLow);
+        QFETCH(int, status);
+        QFETCH(float, result);
+        CPLClickInfo ci;
+        for (const QString &entry : sections) {
+            const QString name = entry.section('|', 0, 0);
+            if (!ci.getSection(name))
+                ci.addSection(new CPLSection(name));
+            const QString kv = entry.section('|', 1);
+            ci.getSection(name)->setValue(kv.section('=', 0, 0), kv.section('=', 1));
+        }
+        // Pixels low..low+10 in a 11x3 image: mean low+5.
+        CILImage im = image(11, 3, [&](int x, int) { return pixelLow + x; });
+        float value = -1;
+        const int logged = logText().size();
+        QCOMPARE(int(measureReadBias(ci, pixelLow < 0 ? nullptr : &im, &value)), status);
+        QCOMPARE(value, result);
+        if (status != 0 && pixelLow >= 0) // a refusal says why in the log
+            QVERIFY(logText().size() > logged);
+        QCOMPARE(int(measureReadBias(ci, &im, nullptr)), int(ES_INVALID_POINTER));
+    }
+
+    void readSigma_data()
+    {
+        QTest::addColumn<float>("lower");
+        QTest::addColumn<float>("upper");
+        const float inf = std::numeric_limits<float>::infinity();
+        QTest::newRow("strict integer limits") << 10.0f << 20.0f;
+        QTest::newRow("fractional limits") << 9.5f << 1019.5f;
+        QTest::newRow("negative lower") << -1.0f << 11.0f;
+        QTest::newRow("infinite") << -inf << inf;
+        QTest::newRow("upper 65535") << 19.0f << 65535.0f;
+        QTest::newRow("empty range") << 20.0f << 10.0f;
+        QTest::newRow("NaN") << std::nanf("") << 100.0f;
+    }
+
+    void readSigma()
+    {
+        QFETCH(float, lower);
+        QFETCH(float, upper);
+        // Both limits and their neighbours, then random values. 67 x 13 pixels
+        // reach the scalar tail after the vectors; 300 x 230 pixels cross the
+        // vectors' widening of their partial sums, 640 x 480 high ones would
+        // overflow them without it. Sums and counts (0, ..., 65535) wrap.
+        const int edges[] = {0, 9, 10, 11, 19, 20, 21, 1019, 1020, 65534, 65535};
+        std::mt19937 rng(7);
+        for (const QSize size : {QSize(67, 13), QSize(300, 230), QSize(640, 480)}) {
+            const int w = size.width(), h = size.height(), high = w == 640 ? 0xFF00 : 0;
+            auto random = [&](int x, int y) { return y == 0 && x < 11 ? edges[x] : int(rng() % 65536) | high; };
+            // Paths: public (AVX2 where the processor has it), SSE2, scalar; each fresh and accumulating.
+            for (int path = 0; path < 6; ++path) {
+                const bool accumulate = path % 2;
+                CILImage src = image(w, h, random), mask(w, h), sum = image(w, h, random);
+                CILImage count = image(w, h, [&](int, int) { return int(rng() % 4) * 21845; });
+                src.setImageStats(0, 0, 0); // stale: every path must set the source's too
+                // The obvious per-pixel accumulation and a full refresh: what every path must give.
+                CILImage ref[4] = {src, sum, count, mask};
+                for (qint64 i = 0; i < src.getPixelCount(); ++i) {
+                    const quint16 v = src.getPixels()[i];
+                    const bool in = lower < float(v) && float(v) < upper;
+                    ref[1].getPixels()[i] = quint16((accumulate ? sum.getPixels()[i] : 0) + (in ? v : 0));
+                    ref[2].getPixels()[i] = quint16((accumulate ? count.getPixels()[i] : 0) + in);
+                    ref[3].getPixels()[i] = in;
+                }
+                quint16 first = 0, last = 0;
+                if (path < 2)
+                    QVERIFY(createReadSigmaImage(&src, &sum, nullptr, &count, &mask, lower, upper, accumulate));
+                else if (!ZoReadSigma::strictIntegerRange(lower, upper, first, last))
+                    continue; // nothing to accumulate; the public path covers it
+                else if (path < 4)
+                    ZoReadSigma::accumulateImages<8>(src, sum, count, mask, first, last, accumulate);
+                else
+                    ZoReadSigma::accumulateImages<0>(src, sum, count, mask, first, last, accumulate);
+                const CILImage *got[4] = {&src, &sum, &count, &mask};
+                for (int k = 0; k < 4; ++k) {
+                    ref[k].RefreshImageStats();
+                    QVERIFY2(std::equal(ref[k].getPixels(), ref[k].getPixels() + w * h, got[k]->getPixels()),
+                             qPrintable(QStringLiteral("size %1, path %2, image %3").arg(w).arg(path).arg(k)));
+                    QCOMPARE(got[k]->getMinimum(), ref[k].getMinimum());
+                    QCOMPARE(got[k]->getMaximum(), ref[k].getMaximum());
+                    QCOMPARE(got[k]->getMean(), ref[k].getMean());
+                }
+            }
+        }
+    }
+
+    void readSigmaBadInput()
+    {
+        CILImage other(4, 4), wrong(4, 3), e1, e2, e3, e4;
+        other.fill(9);
+        QVERIFY(!createReadSigmaImage(nullptr, &other, nullptr, &other, &other, 0, 10, 1));
+        QVERIFY(!createReadSigmaImage(&wrong, &other, nullptr, &other, &other, 0, 10, 0));
+        QCOMPARE(other.pixel(0, 0), quint16(9)); // not cleared
+        QVERIFY(createReadSigmaImage(&e1, &e2, nullptr, &e3, &e4, 0, 10, 0));
+    }
+
+    void flatField_data()
+    {
+        QTest::addColumn<bool>("multiView");
+        QTest::addColumn<QStringList>("config");
+        QTest::addColumn<int>("capacity");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("values");
+        QTest::addColumn<QString>("logged"); // in the log afterwards; empty: nothing checked
+        const QString table = "Shelf Position FOV Table=A=5;B=12.5;C=20";
+        const QString ff5 = "Shelf Position B FF5 f/2 Coefs=", old = "Shelf Position B Flat Field f/2 Coefs=";
+        const QString notNumbers = "hold pieces that are not numbers";
+        QTest::newRow("FF5 key first") << false << QStringList{table, ff5 + "1,2,3", old + "4,5"} << 0 << 0 << "1,2,3"
+                                       << "";
+        QTest::newRow("old key next") << false << QStringList{table, old + "4,-5e-3"} << 0 << 0 << "4,-0.005" << "";
+        QTest::newRow("empty FF5 falls back") << false << QStringList{table, ff5, old + "4"} << 0 << 0 << "4" << "";
+        QTest::newRow("multi-view, no commas") << true << QStringList{"MV Flat Field f/2 Coefs=0.75", ff5 + "1"} << 0
+                                               << 0 << "0.75" << "";
+        QTest::newRow("blanks around numbers") << false << QStringList{table, ff5 + " 1.5 , 2 "} << 0 << 0 << "1.5,2"
+                                               << "";
+        QTest::newRow("trailing comma") << false << QStringList{table, ff5 + "1,,3,"} << 0 << 0 << "1,0,3,0" << "";
+        QTest::newRow("only commas and blanks") << false << QStringList{table, ff5 + ", ,"} << 0 << 0 << "0,0,0" << "";
+        QTest::newRow("abc piece") << false << QStringList{table, ff5 + "1,abc,2"} << 0 << 0 << "1,0,2"
+                                   << "'1,abc,2' " + notNumbers;
+        QTest::newRow("1e999 piece") << false << QStringList{table, ff5 + "1e999,nan"} << 0 << 0 << "0,0"
+                                     << "'1e999,nan' " + notNumbers;
+        QTest::newRow("more pieces than room") << false << QStringList{table, ff5 + "1,2,x,4"} << 2 << 0 << "1,2"
+                                               << "'1,2,x,4' number 4; only the first 2 fit";
+        QTest::newRow("unmapped FOV: key built all the same")
+            << false << QStringList{"Shelf Position  FF5 f/2 Coefs=9"} << 1 << 0 << "9"
+            << "Old-Unable to map the FOV(12.5) to Shelf position ";
+        QTest::newRow("Andor default") << false << QStringList{table, "Camera System Info=Andor iKon-M"} << 0 << 0
+                                       << "1,0,0,0,0,0" << "";
+        QTest::newRow("no keys") << false << QStringList{table, "Camera System Info=Other"} << 0 << 31 << ""
+                                 << "Unable to find the flat field keys: 'Shelf Position B FF5 f/2 Coefs' or "
+                                    "'Shelf Position B Flat Field f/2 Coefs' in the configuration file.";
+    }
+
+    void flatField()
+    {
+        QFETCH(bool, multiView);
+        QFETCH(QStringList, config);
+        QFETCH(int, capacity);
+        QFETCH(int, status);
+        QFETCH(QString, values);
+        QFETCH(QString, logged);
+        CPLClickInfo ci;
+        ci.addSection(section("luminescent image", {"f Number=2", "Field of View=12.5", "Imaging Angle=0"}));
+        ci.addSection(section("Camera System Info", config));
+        float coefs[8];
+        std::fill_n(coefs, 8, -7.0f);
+        int count = -1;
+        QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, capacity, count, multiView, IT_LUMINESCENT)), status);
+        QStringList got;
+        for (int i = 0; i < count; ++i)
+            got << QString::number(coefs[i]);
+        QCOMPARE(got.join(','), values);
+        QVERIFY(std::all_of(coefs + count, coefs + 8, [](float c) { return c == -7.0f; })); // nothing past count
+        if (!logged.isEmpty())
+            QVERIFY2(logText().contains(logged), qPrintable(logged));
+        QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, 0, count, multiView, IT_PHOTOGRAPH)), int(ES_INVALID_POINTER));
+        QCOMPARE(count, 0);
+    }
+
+    void shelfPosition_data()
+    {
+        QTest::addColumn<QString>("table"); // null: no key
+        QTest::addColumn<QString>("fov");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("shelf");
+        const QString t = " A = 5 ; B=12.5;C=20;";
+        QTest::newRow("exact") << t << "12.5" << 0 << "B";
+        QTest::newRow("written with 17 digits") << t << "12.500000000000002" << 0 << "B";
+        QTest::newRow("within 0.01") << t << "19.995" << 0 << "C";
+        QTest::newRow("past 0.01") << t << "20.02" << 28 << "";
+        QTest::newRow("blanks and unit") << t << " 5 cm" << 0 << "A";
+        QTest::newRow("no table") << QString() << "5" << 49 << "";
+        QTest::newRow("bad fov") << t << "abc" << 21 << "";
+        QTest::newRow("empty fov") << t << "" << 21 << "";
+        QTest::newRow("bad table") << "A=5;B" << "5" << 21 << "";
+        QTest::newRow("table without name") << "=5" << "5" << 21 << "";
+    }
+
+    void shelfPosition()
+    {
+        QFETCH(QString, table);
+        QFETCH(QString, fov);
+        QFETCH(int, status);
+        QFETCH(QString, shelf);
+        CPLSection camera("Camera System Info");
+        if (!table.isNull())
+            camera.setValue("Shelf Position FOV Table", table);
+        QString got = "stale";
+        QCOMPARE(int(getShelfPositionFromFOV(camera, fov, got)), status);
+        QCOMPARE(got, shelf);
+    }
+
+    void defectRepair_data()
+    {
+        // A 6x5 image with pixel value 10x + 100y, defects set to 9999. A linear
+        // image repairs to itself inside; "x,y=v" lists the pixels that differ.
+        QTest::addColumn<QStringList>("map");
+        QTest::addColumn<QString>("changed");
+        QTest::newRow("column between good ones") << QStringList{"Defect Map Columns=2"} << "";
+        QTest::newRow("two columns interpolated, edge copied")
+            << QStringList{"Defect Map Columns= 3;0;2-3 ;"} << "0,0=10 0,1=110 0,2=210 0,3=310 0,4=410";
+        QTest::newRow("rows after columns") << QStringList{"Defect Map Rows=4;1", "Defect Map Columns=5"}
+                                            << "5,0=40 5,1=140 5,2=240 5,3=340 0,4=300 1,4=310 2,4=320 3,4=330 4,4=340 5,4=340";
+        QTest::newRow("pixel: mean of 8 neighbours") << QStringList{"Defect Map Pixels=2,2"} << "";
+        QTest::newRow("pixel cluster from the rim")
+            << QStringList{"Defect Map Pixels=0,0;1,0;0,1;1,1"} << "0,0=143 1,0=70 0,1=205 1,1=154";
+        QTest::newRow("joint: pixel beside a column")
+            << QStringList{"Defect Map Columns=1", "Defect Map Pixels=0,0", "Defect Map Joint Repair=1"}
+            << "0,0=100 1,0=80 1,1=132 1,4=360";
+    }
+
+    void defectRepair()
+    {
+        QFETCH(QStringList, map);
+        QScopedPointer<CPLSection> camera(section("Camera System Info", map));
+        SCCDDefectMap parsed;
+        QCOMPARE(int(parseCCDDefectMap(*camera, parsed)), 0);
+        for (const QVector<int> &lines : {parsed.columns, parsed.rows}) // sorted, each once
+            QVERIFY(std::adjacent_find(lines.begin(), lines.end(), std::greater_equal<int>()) == lines.end());
+        CILImage im = image(6, 5, [&](int x, int y) {
+            const bool bad = parsed.columns.contains(x) || parsed.rows.contains(y) || parsed.pixels.contains(QPoint(x, y));
+            return bad ? 9999 : 10 * x + 100 * y;
+        });
+        QCOMPARE(int(fixCCDDefects(camera.data(), &im)), 0);
+        QStringList changed;
+        for (int y = 0; y < 5; ++y)
+            for (int x = 0; x < 6; ++x)
+                if (im.pixel(x, y) != 10 * x + 100 * y)
+                    changed << QStringLiteral("%1,%2=%3").arg(x).arg(y).arg(im.pixel(x, y));
+        QTEST(changed.join(' '), "changed");
+        QVERIFY(im.getMaximum() < 9999); // statistics refreshed
+    }
+
+    void defectRepairRefusals()
+    {
+        CILImage im = image(4, 3, [](int x, int y) { return x + 10 * y; });
+        const CILImage before = im;
+        auto status = [&](const QStringList &map) {
+            QScopedPointer<CPLSection> camera(section("Camera System Info", map));
+            return int(fixCCDDefects(camera.data(), &im));
+        };
+        QCOMPARE(status({}), 0);
+        QCOMPARE(status({"Defect Map Pixels=4,0"}), int(ES_INVALID_ARGUMENT));
+        QCOMPARE(status({"Defect Map Rows=3"}), int(ES_INVALID_ARGUMENT));
+        QCOMPARE(status({"Defect Map Columns=0-3"}), int(ES_INVALID_ARGUMENT));
+        QCOMPARE(status({"Defect Map Rows=0-2", "Defect Map Columns=1", "Defect Map Joint Repair=1"}),
+                 int(ES_INVALID_ARGUMENT));
+        QCOMPARE(status({"Defect Map Columns=1", "Defect Map Pixels=0,0;1,0;2,0;3,0;0,1;1,1;2,1;3,1;0,2;1,2;2,2;3,2"}),
+                 int(ES_INVALID_ARGUMENT));
+        for (const char *bad : {"Defect Map Columns=x", "Defect Map Pixels=3", "Defect Map Columns=-3",
+                                "Defect Map Rows=2-1", "Defect Map Rows=0-65536", "Defect Map Joint Repair=maybe"})
+            QCOMPARE(status({bad}), int(ES_INVALID_DATA_TYPE));
+        QVERIFY(std::equal(before.getPixels(), before.getPixels() + 12, im.getPixels()));
+        CPLSection camera;
+        CILImage empty;
+        QCOMPARE(int(fixCCDDefects(nullptr, &im)), int(ES_INVALID_POINTER));
+        QCOMPARE(int(fixCCDDefects(&camera, &empty)), int(ES_INVALID_IMAGE));
+    }
+
+    void darkChargeSection()
+    {
+        CPLClickInfo ci;
+        ci.addSection(section("luminescent image", {"Exposure Time=60 sec", "Binning Factor=4", "f Number=1"}));
+        ci.addSection(section("darkcharge image", {"File Name=background.TIF", "EM Gain=High", "f Number=2"}));
+        const float bias = 101.25f;
+        QCOMPARE(int(updateDarkChargeImageSection(ci, IT_LUMINESCENT, &bias)), 0);
+        const CPLSection *dark = ci.getSection("darkcharge image");
+        QCOMPARE(dark->keys(), (QStringList{"File Name", "f Number", "Exposure Time", "Binning Factor", "Read Bias Level"}));
+        QCOMPARE(dark->value("f Number"), QString("1"));
+        QCOMPARE(dark->value("Exposure Time"), QString("60 sec"));
+        float measured = 0;
+        QCOMPARE(int(measureReadBias(ci, nullptr, &measured)), 0);
+        QCOMPARE(measured, bias);
+        CPLClickInfo fresh; // without a dark-charge section one is added
+        fresh.addSection(section("luminescent image", {"Exposure Time=5 sec"}));
+        QCOMPARE(int(updateDarkChargeImageSection(fresh, IT_LUMINESCENT)), 0);
+        QCOMPARE(fresh.getSection("darkcharge image")->value("Exposure Time"), QString("5 sec"));
+        QCOMPARE(int(updateDarkChargeImageSection(ci, IT_PHOTOGRAPH)), int(ES_INVALID_POINTER));
+        QCOMPARE(int(updateDarkChargeImageSection(ci, IT_DARKCHARGE)), int(ES_INVALID_ARGUMENT));
+    }
 
 private:
     QTemporaryDir m_dir;
 };
-
-void TestCCDCorrections::initTestCase()
-{
-    QStandardPaths::setTestModeEnabled(true);
-    qputenv("ZO_DATA_ROOT", m_dir.path().toLocal8Bit() + '/');
-    QVERIFY(CZOSLogEventHandler::install());
-    beginLog(QStringLiteral("tst_ccdcorrections"));
-    QVERIFY(getLogObject());
-}
-
-void TestCCDCorrections::readBias_data()
-{
-    QTest::addColumn<QStringList>("sections"); // "section|key=value"
-    QTest::addColumn<int>("pixelLow");          // image pixels pixelLow..pixelLow+10; -1: no image
-    QTest::addColumn<int>("status");
-    QTest::addColumn<float>("result");
-    const QString dc = "darkcharge image|Read Bias Level=", rbo = "readbiasonly image|Read Bias Level=",
-                  rb = "readbias image|Read Bias Level=";
-    QTest::newRow("darkcharge first") << QStringList{rb + "7", rbo + "6", dc + "5"} << 1000 << 0 << 5.0f;
-    QTest::newRow("readbiasonly next") << QStringList{rb + "7", rbo + "6"} << 1000 << 0 << 6.0f;
-    QTest::newRow("readbias over measuring") << QStringList{rb + "7"} << 1000 << 0 << 7.0f;
-    QTest::newRow("stored needs no image") << QStringList{dc + "5.5"} << -1 << 0 << 5.5f;
-    QTest::newRow("readbias needs an image") << QStringList{rb + "7"} << -1 << 31 << 0.0f;
-    QTest::newRow("measured, default limits") << QStringList{} << 1000 << 0 << 100.5f;
-    QTest::newRow("minimum at lower limit 0") << QStringList{} << 0 << 31 << 0.0f;
-    QTest::newRow("maximum at upper limit 65535") << QStringList{} << 65525 << 31 << 0.0f;
-    const QString cam = "Camera System Info|";
-    const QStringList limits{cam + "Read Bias Lower Limit=100", cam + "Read Bias Upper Limit=200"};
-    QTest::newRow("limits x10, inside") << limits << 1001 << 0 << 100.6f;
-    QTest::newRow("limits x10, min at lower") << limits << 1000 << 31 << 0.0f;
-    QTest::newRow("limits x10, max at upper") << limits << 1990 << 31 << 0.0f;
-    QTest::newRow("multiplier of the readbias section")
-        << (limits + QStringList{"readbias image|Data Multiplier=5"}) << 501 << 0 << 101.2f;
-    QTest::newRow("multiplier of the camera ignored")
-        << (limits + QStringList{cam + "Data Multiplier=5"}) << 501 << 31 << 0.0f;
-    QTest::newRow("multiplier needs the camera section")
-        << QStringList{"readbias image|Data Multiplier=5"} << 1000 << 0 << 100.5f;
-    QTest::newRow("stored abc") << QStringList{dc + "abc"} << 1000 << 31 << 0.0f;
-    QTest::newRow("stored empty") << QStringList{rbo + ""} << 1000 << 31 << 0.0f;
-    QTest::newRow("stored 1e999") << QStringList{dc + "1e999"} << 1000 << 31 << 0.0f;
-    QTest::newRow("multiplier abc")
-        << (limits + QStringList{"readbias image|Data Multiplier=abc"}) << 1001 << 31 << 0.0f;
-    QTest::newRow("multiplier 0") << (limits + QStringList{"readbias image|Data Multiplier=0"}) << 1001 << 31 << 0.0f;
-    QTest::newRow("limit 60 sec") << QStringList{cam + "Read Bias Lower Limit=60 sec"} << 1001 << 31 << 0.0f;
-}
-
-void TestCCDCorrections::readBias()
-{
-    QFETCH(QStringList, sections);
-    QFETCH(int, pixelLow);
-    QFETCH(int, status);
-    QFETCH(float, result);
-    CPLClickInfo ci;
-    for (const QString &entry : sections) {
-        const QString name = entry.section('|', 0, 0);
-        if (!ci.getSection(name))
-            ci.addSection(new CPLSection(name));
-        const QString kv = entry.section('|', 1);
-        ci.getSection(name)->setValue(kv.section('=', 0, 0), kv.section('=', 1));
-    }
-    // Pixels low..low+10 in a 11x3 image: mean low+5.
-    CILImage im = image(11, 3, [&](int x, int) { return pixelLow + x; });
-    float value = -1;
-    const int logged = logText().size();
-    QCOMPARE(int(measureReadBias(ci, pixelLow < 0 ? nullptr : &im, &value)), status);
-    QCOMPARE(value, result);
-    if (status != 0 && pixelLow >= 0) // a refusal says why in the log
-        QVERIFY(logText().size() > logged);
-    QCOMPARE(int(measureReadBias(ci, &im, nullptr)), int(ES_INVALID_POINTER));
-}
-
-void TestCCDCorrections::readSigma_data()
-{
-    QTest::addColumn<float>("lower");
-    QTest::addColumn<float>("upper");
-    const float inf = std::numeric_limits<float>::infinity();
-    QTest::newRow("strict integer limits") << 10.0f << 20.0f;
-    QTest::newRow("fractional limits") << 9.5f << 1019.5f;
-    QTest::newRow("negative lower") << -1.0f << 11.0f;
-    QTest::newRow("infinite") << -inf << inf;
-    QTest::newRow("upper 65535") << 19.0f << 65535.0f;
-    QTest::newRow("empty range") << 20.0f << 10.0f;
-    QTest::newRow("NaN") << std::nanf("") << 100.0f;
-}
-
-void TestCCDCorrections::readSigma()
-{
-    QFETCH(float, lower);
-    QFETCH(float, upper);
-    // Both limits and their neighbours, then random values. 67 x 13 pixels
-    // reach the scalar tail after the vectors; 300 x 230 pixels cross the
-    // vectors' widening of their partial sums, 640 x 480 high ones would
-    // overflow them without it. Sums and counts (0, ..., 65535) wrap.
-    const int edges[] = {0, 9, 10, 11, 19, 20, 21, 1019, 1020, 65534, 65535};
-    std::mt19937 rng(7);
-    for (const QSize size : {QSize(67, 13), QSize(300, 230), QSize(640, 480)}) {
-        const int w = size.width(), h = size.height(), high = w == 640 ? 0xFF00 : 0;
-        auto random = [&](int x, int y) { return y == 0 && x < 11 ? edges[x] : int(rng() % 65536) | high; };
-        // Paths: public (AVX2 where the processor has it), SSE2, scalar; each fresh and accumulating.
-        for (int path = 0; path < 6; ++path) {
-            const bool accumulate = path % 2;
-            CILImage src = image(w, h, random), mask(w, h), sum = image(w, h, random);
-            CILImage count = image(w, h, [&](int, int) { return int(rng() % 4) * 21845; });
-            src.setImageStats(0, 0, 0); // stale: every path must set the source's too
-            // The obvious per-pixel accumulation and a full refresh: what every path must give.
-            CILImage ref[4] = {src, sum, count, mask};
-            for (qint64 i = 0; i < src.getPixelCount(); ++i) {
-                const quint16 v = src.getPixels()[i];
-                const bool in = lower < float(v) && float(v) < upper;
-                ref[1].getPixels()[i] = quint16((accumulate ? sum.getPixels()[i] : 0) + (in ? v : 0));
-                ref[2].getPixels()[i] = quint16((accumulate ? count.getPixels()[i] : 0) + in);
-                ref[3].getPixels()[i] = in;
-            }
-            quint16 first = 0, last = 0;
-            if (path < 2)
-                QVERIFY(createReadSigmaImage(&src, &sum, nullptr, &count, &mask, lower, upper, accumulate));
-            else if (!ZoReadSigma::strictIntegerRange(lower, upper, first, last))
-                continue; // nothing to accumulate; the public path covers it
-            else if (path < 4)
-                ZoReadSigma::accumulateImages<8>(src, sum, count, mask, first, last, accumulate);
-            else
-                ZoReadSigma::accumulateImages<0>(src, sum, count, mask, first, last, accumulate);
-            const CILImage *got[4] = {&src, &sum, &count, &mask};
-            for (int k = 0; k < 4; ++k) {
-                ref[k].RefreshImageStats();
-                QVERIFY2(std::equal(ref[k].getPixels(), ref[k].getPixels() + w * h, got[k]->getPixels()),
-                         qPrintable(QStringLiteral("size %1, path %2, image %3").arg(w).arg(path).arg(k)));
-                QCOMPARE(got[k]->getMinimum(), ref[k].getMinimum());
-                QCOMPARE(got[k]->getMaximum(), ref[k].getMaximum());
-                QCOMPARE(got[k]->getMean(), ref[k].getMean());
-            }
-        }
-    }
-}
-
-void TestCCDCorrections::readSigmaBadInput()
-{
-    CILImage other(4, 4), wrong(4, 3), e1, e2, e3, e4;
-    other.fill(9);
-    QVERIFY(!createReadSigmaImage(nullptr, &other, nullptr, &other, &other, 0, 10, 1));
-    QVERIFY(!createReadSigmaImage(&wrong, &other, nullptr, &other, &other, 0, 10, 0));
-    QCOMPARE(other.pixel(0, 0), quint16(9)); // not cleared
-    QVERIFY(createReadSigmaImage(&e1, &e2, nullptr, &e3, &e4, 0, 10, 0));
-}
-
-void TestCCDCorrections::flatField_data()
-{
-    QTest::addColumn<bool>("multiView");
-    QTest::addColumn<QStringList>("config");
-    QTest::addColumn<int>("capacity");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QString>("values");
-    QTest::addColumn<QString>("logged"); // in the log afterwards; empty: nothing checked
-    const QString table = "Shelf Position FOV Table=A=5;B=12.5;C=20";
-    const QString ff5 = "Shelf Position B FF5 f/2 Coefs=", old = "Shelf Position B Flat Field f/2 Coefs=";
-    const QString notNumbers = "hold pieces that are not numbers";
-    QTest::newRow("FF5 key first") << false << QStringList{table, ff5 + "1,2,3", old + "4,5"} << 0 << 0 << "1,2,3"
-                                   << "";
-    QTest::newRow("old key next") << false << QStringList{table, old + "4,-5e-3"} << 0 << 0 << "4,-0.005" << "";
-    QTest::newRow("empty FF5 falls back") << false << QStringList{table, ff5, old + "4"} << 0 << 0 << "4" << "";
-    QTest::newRow("multi-view, no commas") << true << QStringList{"MV Flat Field f/2 Coefs=0.75", ff5 + "1"} << 0
-                                           << 0 << "0.75" << "";
-    QTest::newRow("blanks around numbers") << false << QStringList{table, ff5 + " 1.5 , 2 "} << 0 << 0 << "1.5,2"
-                                           << "";
-    QTest::newRow("trailing comma") << false << QStringList{table, ff5 + "1,,3,"} << 0 << 0 << "1,0,3,0" << "";
-    QTest::newRow("only commas and blanks") << false << QStringList{table, ff5 + ", ,"} << 0 << 0 << "0,0,0" << "";
-    QTest::newRow("abc piece") << false << QStringList{table, ff5 + "1,abc,2"} << 0 << 0 << "1,0,2"
-                               << "'1,abc,2' " + notNumbers;
-    QTest::newRow("1e999 piece") << false << QStringList{table, ff5 + "1e999,nan"} << 0 << 0 << "0,0"
-                                 << "'1e999,nan' " + notNumbers;
-    QTest::newRow("more pieces than room") << false << QStringList{table, ff5 + "1,2,x,4"} << 2 << 0 << "1,2"
-                                           << "'1,2,x,4' number 4; only the first 2 fit";
-    QTest::newRow("unmapped FOV: key built all the same")
-        << false << QStringList{"Shelf Position  FF5 f/2 Coefs=9"} << 1 << 0 << "9"
-        << "Old-Unable to map the FOV(12.5) to Shelf position ";
-    QTest::newRow("Andor default") << false << QStringList{table, "Camera System Info=Andor iKon-M"} << 0 << 0
-                                   << "1,0,0,0,0,0" << "";
-    QTest::newRow("no keys") << false << QStringList{table, "Camera System Info=Other"} << 0 << 31 << ""
-                             << "Unable to find the flat field keys: 'Shelf Position B FF5 f/2 Coefs' or "
-                                "'Shelf Position B Flat Field f/2 Coefs' in the configuration file.";
-}
-
-void TestCCDCorrections::flatField()
-{
-    QFETCH(bool, multiView);
-    QFETCH(QStringList, config);
-    QFETCH(int, capacity);
-    QFETCH(int, status);
-    QFETCH(QString, values);
-    QFETCH(QString, logged);
-    CPLClickInfo ci;
-    ci.addSection(section("luminescent image", {"f Number=2", "Field of View=12.5", "Imaging Angle=0"}));
-    ci.addSection(section("Camera System Info", config));
-    float coefs[8];
-    std::fill_n(coefs, 8, -7.0f);
-    int count = -1;
-    QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, capacity, count, multiView, IT_LUMINESCENT)), status);
-    QStringList got;
-    for (int i = 0; i < count; ++i)
-        got << QString::number(coefs[i]);
-    QCOMPARE(got.join(','), values);
-    QVERIFY(std::all_of(coefs + count, coefs + 8, [](float c) { return c == -7.0f; })); // nothing past count
-    if (!logged.isEmpty())
-        QVERIFY2(logText().contains(logged), qPrintable(logged));
-    QCOMPARE(int(getFlatFieldCoefficients(ci, coefs, 0, count, multiView, IT_PHOTOGRAPH)), int(ES_INVALID_POINTER));
-    QCOMPARE(count, 0);
-}
-
-void TestCCDCorrections::shelfPosition_data()
-{
-    QTest::addColumn<QString>("table"); // null: no key
-    QTest::addColumn<QString>("fov");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QString>("shelf");
-    const QString t = " A = 5 ; B=12.5;C=20;";
-    QTest::newRow("exact") << t << "12.5" << 0 << "B";
-    QTest::newRow("written with 17 digits") << t << "12.500000000000002" << 0 << "B";
-    QTest::newRow("within 0.01") << t << "19.995" << 0 << "C";
-    QTest::newRow("past 0.01") << t << "20.02" << 28 << "";
-    QTest::newRow("blanks and unit") << t << " 5 cm" << 0 << "A";
-    QTest::newRow("no table") << QString() << "5" << 49 << "";
-    QTest::newRow("bad fov") << t << "abc" << 21 << "";
-    QTest::newRow("empty fov") << t << "" << 21 << "";
-    QTest::newRow("bad table") << "A=5;B" << "5" << 21 << "";
-    QTest::newRow("table without name") << "=5" << "5" << 21 << "";
-}
-
-void TestCCDCorrections::shelfPosition()
-{
-    QFETCH(QString, table);
-    QFETCH(QString, fov);
-    QFETCH(int, status);
-    QFETCH(QString, shelf);
-    CPLSection camera("Camera System Info");
-    if (!table.isNull())
-        camera.setValue("Shelf Position FOV Table", table);
-    QString got = "stale";
-    QCOMPARE(int(getShelfPositionFromFOV(camera, fov, got)), status);
-    QCOMPARE(got, shelf);
-}
-
-void TestCCDCorrections::defectRepair_data()
-{
-    // A 6x5 image with pixel value 10x + 100y, defects set to 9999. A linear
-    // image repairs to itself inside; "x,y=v" lists the pixels that differ.
-    QTest::addColumn<QStringList>("map");
-    QTest::addColumn<QString>("changed");
-    QTest::newRow("column between good ones") << QStringList{"Defect Map Columns=2"} << "";
-    QTest::newRow("two columns interpolated, edge copied")
-        << QStringList{"Defect Map Columns= 3;0;2-3 ;"} << "0,0=10 0,1=110 0,2=210 0,3=310 0,4=410";
-    QTest::newRow("rows after columns") << QStringList{"Defect Map Rows=4;1", "Defect Map Columns=5"}
-                                        << "5,0=40 5,1=140 5,2=240 5,3=340 0,4=300 1,4=310 2,4=320 3,4=330 4,4=340 5,4=340";
-    QTest::newRow("pixel: mean of 8 neighbours") << QStringList{"Defect Map Pixels=2,2"} << "";
-    QTest::newRow("pixel cluster from the rim")
-        << QStringList{"Defect Map Pixels=0,0;1,0;0,1;1,1"} << "0,0=143 1,0=70 0,1=205 1,1=154";
-    QTest::newRow("joint: pixel beside a column")
-        << QStringList{"Defect Map Columns=1", "Defect Map Pixels=0,0", "Defect Map Joint Repair=1"}
-        << "0,0=100 1,0=80 1,1=132 1,4=360";
-}
-
-void TestCCDCorrections::defectRepair()
-{
-    QFETCH(QStringList, map);
-    QScopedPointer<CPLSection> camera(section("Camera System Info", map));
-    SCCDDefectMap parsed;
-    QCOMPARE(int(parseCCDDefectMap(*camera, parsed)), 0);
-    for (const QVector<int> &lines : {parsed.columns, parsed.rows}) // sorted, each once
-        QVERIFY(std::adjacent_find(lines.begin(), lines.end(), std::greater_equal<int>()) == lines.end());
-    CILImage im = image(6, 5, [&](int x, int y) {
-        const bool bad = parsed.columns.contains(x) || parsed.rows.contains(y) || parsed.pixels.contains(QPoint(x, y));
-        return bad ? 9999 : 10 * x + 100 * y;
-    });
-    QCOMPARE(int(fixCCDDefects(camera.data(), &im)), 0);
-    QStringList changed;
-    for (int y = 0; y < 5; ++y)
-        for (int x = 0; x < 6; ++x)
-            if (im.pixel(x, y) != 10 * x + 100 * y)
-                changed << QStringLiteral("%1,%2=%3").arg(x).arg(y).arg(im.pixel(x, y));
-    QTEST(changed.join(' '), "changed");
-    QVERIFY(im.getMaximum() < 9999); // statistics refreshed
-}
-
-void TestCCDCorrections::defectRepairRefusals()
-{
-    CILImage im = image(4, 3, [](int x, int y) { return x + 10 * y; });
-    const CILImage before = im;
-    auto status = [&](const QStringList &map) {
-        QScopedPointer<CPLSection> camera(section("Camera System Info", map));
-        return int(fixCCDDefects(camera.data(), &im));
-    };
-    QCOMPARE(status({}), 0);
-    QCOMPARE(status({"Defect Map Pixels=4,0"}), int(ES_INVALID_ARGUMENT));
-    QCOMPARE(status({"Defect Map Rows=3"}), int(ES_INVALID_ARGUMENT));
-    QCOMPARE(status({"Defect Map Columns=0-3"}), int(ES_INVALID_ARGUMENT));
-    QCOMPARE(status({"Defect Map Rows=0-2", "Defect Map Columns=1", "Defect Map Joint Repair=1"}),
-             int(ES_INVALID_ARGUMENT));
-    QCOMPARE(status({"Defect Map Columns=1", "Defect Map Pixels=0,0;1,0;2,0;3,0;0,1;1,1;2,1;3,1;0,2;1,2;2,2;3,2"}),
-             int(ES_INVALID_ARGUMENT));
-    for (const char *bad : {"Defect Map Columns=x", "Defect Map Pixels=3", "Defect Map Columns=-3",
-                            "Defect Map Rows=2-1", "Defect Map Rows=0-65536", "Defect Map Joint Repair=maybe"})
-        QCOMPARE(status({bad}), int(ES_INVALID_DATA_TYPE));
-    QVERIFY(std::equal(before.getPixels(), before.getPixels() + 12, im.getPixels()));
-    CPLSection camera;
-    CILImage empty;
-    QCOMPARE(int(fixCCDDefects(nullptr, &im)), int(ES_INVALID_POINTER));
-    QCOMPARE(int(fixCCDDefects(&camera, &empty)), int(ES_INVALID_IMAGE));
-}
-
-void TestCCDCorrections::darkChargeSection()
-{
-    CPLClickInfo ci;
-    ci.addSection(section("luminescent image", {"Exposure Time=60 sec", "Binning Factor=4", "f Number=1"}));
-    ci.addSection(section("darkcharge image", {"File Name=background.TIF", "EM Gain=High", "f Number=2"}));
-    const float bias = 101.25f;
-    QCOMPARE(int(updateDarkChargeImageSection(ci, IT_LUMINESCENT, &bias)), 0);
-    const CPLSection *dark = ci.getSection("darkcharge image");
-    QCOMPARE(dark->keys(), (QStringList{"File Name", "f Number", "Exposure Time", "Binning Factor", "Read Bias Level"}));
-    QCOMPARE(dark->value("f Number"), QString("1"));
-    QCOMPARE(dark->value("Exposure Time"), QString("60 sec"));
-    float measured = 0;
-    QCOMPARE(int(measureReadBias(ci, nullptr, &measured)), 0);
-    QCOMPARE(measured, bias);
-    CPLClickInfo fresh; // without a dark-charge section one is added
-    fresh.addSection(section("luminescent image", {"Exposure Time=5 sec"}));
-    QCOMPARE(int(updateDarkChargeImageSection(fresh, IT_LUMINESCENT)), 0);
-    QCOMPARE(fresh.getSection("darkcharge image")->value("Exposure Time"), QString("5 sec"));
-    QCOMPARE(int(updateDarkChargeImageSection(ci, IT_PHOTOGRAPH)), int(ES_INVALID_POINTER));
-    QCOMPARE(int(updateDarkChargeImageSection(ci, IT_DARKCHARGE)), int(ES_INVALID_ARGUMENT));
-}
 
 QTEST_GUILESS_MAIN(TestCCDCorrections)
 #include "tst_ccdcorrections.moc"

@@ -1,4 +1,3 @@
-#include "czosutilitylibrary.h"
 #include "generalutilities.h"
 #include "zoconstants.h"
 #include "zoplatform.h"
@@ -9,207 +8,6 @@
 
 #include <cmath>
 #include <limits>
-
-class TestGeneralUtilities : public QObject
-{
-    Q_OBJECT
-private slots:
-    void marker();
-    void imageKindSectionNames();
-    void platform();
-    void dateStamps();
-    void getDateTime_data();
-    void getDateTime();
-    void isDateTimeExpired();
-    void doubleToString_data();
-    void doubleToString();
-    void adjustExpValue_data();
-    void adjustExpValue();
-    void numbers();
-    void copyFolderContents();
-    void copyFolderContentsMissingOrReadOnly();
-    void deleteFolderTree();
-    void shortenFolderNameForDisplay_data();
-    void shortenFolderNameForDisplay();
-    void md5();
-    void colourTableNames();
-    void sortPredicates();
-    void waveLength_data();
-    void waveLength();
-    void intermediatePoints_data();
-    void intermediatePoints();
-    void intermediatePointsAreConnected_data();
-    void intermediatePointsAreConnected();
-};
-
-void TestGeneralUtilities::marker()
-{
-    QCOMPARE(fnZOSUtilityLibrary(), 42);
-    QCOMPARE(nZOSUtilityLibrary, 0);
-    CZOSUtilityLibrary a, b;
-    a = b;
-}
-
-void TestGeneralUtilities::imageKindSectionNames()
-{
-    // Click-info files find an image by these names: each kind needs its own.
-    QSet<QString> names;
-    for (int t = 0; t < IT_IMAGETYPE_COUNT; ++t)
-        names.insert(imageTypeSectionName(t));
-    QCOMPARE(names.size(), int(IT_IMAGETYPE_COUNT));
-    QCOMPARE(imageTypeSectionName(IT_READBSIGMA), QStringLiteral("readbsigma image"));
-    QVERIFY(imageTypeSectionName(IT_IMAGETYPE_COUNT).isNull() && imageTypeSectionName(-1).isNull());
-}
-
-void TestGeneralUtilities::platform()
-{
-    QVERIFY(!ZOPlatform::memoryStatus(nullptr));
-    ZOMemoryStatus m;
-    QVERIFY(ZOPlatform::memoryStatus(&m));
-    QFile info(QStringLiteral("/proc/meminfo"));
-    QVERIFY(info.open(QIODevice::ReadOnly));
-    const QList<QByteArray> total = info.readLine().simplified().split(' '); // "MemTotal: n kB"
-    QCOMPARE(m.totalPhysical, total.at(1).toULongLong() * 1024);
-    QVERIFY(m.availablePhysical > 0 && m.availablePhysical <= m.totalPhysical);
-    QCOMPARE(m.loadPercent, int((m.totalPhysical - m.availablePhysical) * 100 / m.totalPhysical));
-
-    QTemporaryDir dir;
-    QSettings::setPath(QSettings::NativeFormat, QSettings::SystemScope, dir.path());
-    QSettings(QSettings::NativeFormat, QSettings::SystemScope, "Org", "App").setValue("Group/Key", 7);
-    QCOMPARE(ZOPlatform::machineSetting("Org", "App", "Group", "Key").toInt(), 7);
-    QVERIFY(!ZOPlatform::machineSetting("Org", "App", "Other", "Key").isValid());
-
-    qputenv("ZO_TEST_FOLDER", "/data/x");
-    QCOMPARE(ZOPlatform::environmentFolder("ZO_TEST_FOLDER"), QStringLiteral("/data/x"));
-    qunsetenv("ZO_TEST_FOLDER");
-    QCOMPARE(ZOPlatform::environmentFolder("ZO_TEST_FOLDER"), QDir::homePath());
-    qunsetenv("ALLUSERSPROFILE");
-    qunsetenv("APPDATA");
-    QCOMPARE(ZOPlatform::environmentFolder("ALLUSERSPROFILE"),
-             QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
-    QCOMPARE(ZOPlatform::environmentFolder("APPDATA"),
-             QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation));
-}
-
-void TestGeneralUtilities::dateStamps()
-{
-    const QString before = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
-    const QString stamp = getCurrentDateAndTimeAsString();
-    const QString after = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
-    QCOMPARE(stamp.size(), 14);
-    QVERIFY(stamp >= before && stamp <= after);
-    QCOMPARE(getCurrentDateAsString(), stamp.left(8)); // fails only across midnight
-    tm *now = getCurrentTime();
-    QVERIFY(now);
-    QCOMPARE(now->tm_year + 1900, QDate::currentDate().year());
-}
-
-void TestGeneralUtilities::getDateTime_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QDateTime>("expected");
-    QTest::addColumn<bool>("valid");
-    const QDateTime stamp(QDate(2024, 1, 31), QTime(23, 59, 5), Qt::LocalTime);
-    QTest::newRow("plain stamp") << "20240131235905" << stamp << true;
-    QTest::newRow("three-letter prefix") << "abc20240131235905" << stamp << true;
-    QTest::newRow("file-name prefix") << "C:/data/BKG_20240131235905" << stamp << true;
-    QTest::newRow("non-digit second reads as 0") << "202401312359x5"
-                                                 << QDateTime(QDate(2024, 1, 31), QTime(23, 59, 0), Qt::LocalTime) << true;
-    QTest::newRow("non-digit month is invalid") << "2024ab31235905" << QDateTime() << false;
-    QTest::newRow("month 13") << "20241331235905" << QDateTime() << false;
-    QTest::newRow("too short") << "0131235905" << QDateTime() << false;
-    QTest::newRow("one character") << "7" << QDateTime() << false;
-}
-
-void TestGeneralUtilities::getDateTime()
-{
-    QFETCH(QString, text);
-    QFETCH(QDateTime, expected);
-    QFETCH(bool, valid);
-    const QDateTime result = ::getDateTime(text);
-    QCOMPARE(result.isValid(), valid);
-    if (valid)
-        QCOMPARE(result, expected);
-    QVERIFY(::getDateTime(QString()).isNull());
-}
-
-void TestGeneralUtilities::isDateTimeExpired()
-{
-    const QDateTime now = QDateTime::currentDateTime();
-    QVERIFY(::isDateTimeExpired(now.addSecs(-7300), 2.0f));
-    QVERIFY(!::isDateTimeExpired(now.addSecs(-7100), 2.0f));
-    QVERIFY(!::isDateTimeExpired(now.addSecs(3600), 0.0f)); // the future is never expired
-}
-
-void TestGeneralUtilities::doubleToString_data()
-{
-    QTest::addColumn<double>("value");
-    QTest::addColumn<int>("decimals");
-    QTest::addColumn<int>("expDecimals");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("zero takes exponent form") << 0.0 << 2 << 2 << "0.00e+00";
-    QTest::newRow("10000 is the fixed form's open bound") << 12345.0 << 2 << 2 << "1.23e+04";
-    QTest::newRow("9999.5 stays fixed") << 9999.5 << 1 << 2 << "9999.5";
-    QTest::newRow("threshold is inclusive") << 0.01 << 2 << 2 << "0.01";
-    QTest::newRow("just below the threshold") << 0.0099 << 2 << 2 << "9.90e-03";
-    QTest::newRow("negative fixed") << -3.14159 << 3 << 2 << "-3.142";
-    QTest::newRow("negative small") << -0.0001 << 2 << 1 << "-1.0e-04";
-    QTest::newRow("negative decimals widen the threshold") << 50.0 << -2 << 1 << "5.0e+01";
-    QTest::newRow("negative decimals, fixed") << 150.0 << -2 << 1 << "150";
-    QTest::newRow("99 decimals refused") << 1.0 << 99 << 2 << QString();
-    QTest::newRow("99 exponent decimals refused") << 1.0 << 2 << 99 << QString();
-    QTest::newRow("huge") << 1e300 << 2 << 2 << "1.00e+300";
-}
-
-void TestGeneralUtilities::doubleToString()
-{
-    QFETCH(double, value);
-    QFETCH(int, decimals);
-    QFETCH(int, expDecimals);
-    QFETCH(QString, expected);
-    const QString result = ::doubleToString(value, decimals, expDecimals);
-    QCOMPARE(result, expected);
-    QCOMPARE(result.isNull(), expected.isNull());
-}
-
-void TestGeneralUtilities::adjustExpValue_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("three-digit exponent") << "1.50e+003" << "1.50e+03";
-    QTest::newRow("two-digit exponent") << "1.50e+03" << "1.50e+03";
-    QTest::newRow("one-digit exponent") << "1.50e+3" << "1.50e+03";
-    QTest::newRow("no sign") << "1.50e3" << "1.50e+03";
-    QTest::newRow("negative exponent") << "2.5e-007" << "2.5e-07";
-    QTest::newRow("large exponent kept") << "2.0e-100" << "2.0e-100";
-    QTest::newRow("upper-case E") << "4E+010" << "4E+10";
-    QTest::newRow("no exponent") << "12.5" << "12.5";
-    QTest::newRow("dangling e") << "12e" << "12e";
-    QTest::newRow("not a number after e") << "1e+x1" << "1e+x1";
-    QTest::newRow("empty") << "" << "";
-}
-
-void TestGeneralUtilities::adjustExpValue()
-{
-    QFETCH(QString, text);
-    QFETCH(QString, expected);
-    ::adjustExpValue(text);
-    QCOMPARE(text, expected);
-}
-
-void TestGeneralUtilities::numbers()
-{
-    QCOMPARE(LERP(2.0f, 4.0f, 0.25f), 2.5f);
-    QCOMPARE(LERP(2.0f, 4.0f, -1.0f), 0.0f);
-    QVERIFY(qAbs(powerf(2.0f, 10.0f) - 1024.0f) < 0.01f);
-    QVERIFY(std::isnan(powerf(-2.0f, 2.0f))); // no special case for bases <= 0
-    QCOMPARE(powerf(0.0f, 2.0f), 0.0f);
-    QCOMPARE(IsLittleEndian(), Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? 1 : 0);
-    const int sizes[] = {0, 1, 2, 4, 4, 8, 0};
-    for (int t = 0; t <= 6; ++t)
-        QCOMPARE(sizeInBytes(ZOSDataTypes(t)), sizes[t]);
-    QCOMPARE(sizeInBytes(ZOSDataTypes(-1)), 0);
-}
 
 static void writeFile(const QString &path, const QByteArray &bytes)
 {
@@ -224,222 +22,350 @@ static QByteArray readFile(const QString &path)
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
-void TestGeneralUtilities::copyFolderContents()
+class TestGeneralUtilities : public QObject
 {
-    QTemporaryDir tmp;
-    QDir root(tmp.path());
-    root.mkpath(QStringLiteral("src/sub/deeper"));
-    root.mkpath(QStringLiteral("dst"));
-    writeFile(tmp.filePath(QStringLiteral("src/a.txt")), "new a");
-    writeFile(tmp.filePath(QStringLiteral("src/b.txt")), "new b");
-    writeFile(tmp.filePath(QStringLiteral("src/sub/c.txt")), "c");
-    writeFile(tmp.filePath(QStringLiteral("src/sub/deeper/d.txt")), "d");
-    writeFile(tmp.filePath(QStringLiteral("dst/a.txt")), "old a");
-
-    // Not recursive: files only.
-    QVERIFY(::copyFolderContents(QDir(tmp.filePath(QStringLiteral("src"))), QDir(tmp.filePath(QStringLiteral("dst"))), false));
-    QCOMPARE(readFile(tmp.filePath(QStringLiteral("dst/a.txt"))), QByteArray("old a")); // never overwritten
-    QCOMPARE(readFile(tmp.filePath(QStringLiteral("dst/b.txt"))), QByteArray("new b"));
-    QVERIFY(!QFileInfo::exists(tmp.filePath(QStringLiteral("dst/sub"))));
-
-    QVERIFY(::copyFolderContents(QDir(tmp.filePath(QStringLiteral("src"))), QDir(tmp.filePath(QStringLiteral("dst"))), true));
-    QCOMPARE(readFile(tmp.filePath(QStringLiteral("dst/sub/deeper/d.txt"))), QByteArray("d"));
-    QCOMPARE(readFile(tmp.filePath(QStringLiteral("dst/sub/c.txt"))), QByteArray("c"));
-    QCOMPARE(readFile(tmp.filePath(QStringLiteral("dst/a.txt"))), QByteArray("old a"));
-}
-
-void TestGeneralUtilities::copyFolderContentsMissingOrReadOnly()
-{
-    QTemporaryDir tmp;
-    QDir root(tmp.path());
-    root.mkpath(QStringLiteral("src/sub"));
-    root.mkpath(QStringLiteral("ro"));
-    writeFile(tmp.filePath(QStringLiteral("src/sub/c.txt")), "c");
-    QVERIFY(!::copyFolderContents(QDir(tmp.filePath(QStringLiteral("missing"))), root, true));
-    QVERIFY(!::copyFolderContents(QDir(tmp.filePath(QStringLiteral("src"))), QDir(tmp.filePath(QStringLiteral("missing"))), true));
-    // A file stands where the sub-folder must go: the sub-folder cannot be
-    // made and the walk fails (works as root too, unlike permissions).
-    writeFile(tmp.filePath(QStringLiteral("ro/sub")), "in the way");
-    QVERIFY(!::copyFolderContents(QDir(tmp.filePath(QStringLiteral("src"))), QDir(tmp.filePath(QStringLiteral("ro"))), true));
-}
-
-void TestGeneralUtilities::deleteFolderTree()
-{
-    QTemporaryDir tmp;
-    QDir root(tmp.path());
-    root.mkpath(QStringLiteral("tree/a/b/c"));
-    writeFile(tmp.filePath(QStringLiteral("tree/x.txt")), "x");
-    writeFile(tmp.filePath(QStringLiteral("tree/a/.hidden")), "h");
-    writeFile(tmp.filePath(QStringLiteral("tree/a/b/c/y.txt")), "y");
-    root.mkpath(QStringLiteral("outside"));
-    writeFile(tmp.filePath(QStringLiteral("outside/keep.txt")), "k");
-    QFile::link(tmp.filePath(QStringLiteral("outside")), tmp.filePath(QStringLiteral("tree/a/link")));
-
-    QVERIFY(::deleteFolderTree(QDir(tmp.filePath(QStringLiteral("tree")))));
-    QVERIFY(!QFileInfo::exists(tmp.filePath(QStringLiteral("tree"))));
-    QVERIFY(QFileInfo::exists(tmp.filePath(QStringLiteral("outside/keep.txt")))); // links are not followed
-    QVERIFY(!::deleteFolderTree(QDir(tmp.filePath(QStringLiteral("tree")))));
-
-    if (::geteuid() == 0)
-        QSKIP("root ignores folder permissions");
-    root.mkpath(QStringLiteral("locked/inner"));
-    writeFile(tmp.filePath(QStringLiteral("locked/inner/z.txt")), "z");
-    QFile::setPermissions(tmp.filePath(QStringLiteral("locked/inner")), QFile::ReadOwner | QFile::ExeOwner);
-    QVERIFY(!::deleteFolderTree(QDir(tmp.filePath(QStringLiteral("locked")))));
-    QVERIFY(QFileInfo::exists(tmp.filePath(QStringLiteral("locked/inner/z.txt"))));
-    QFile::setPermissions(tmp.filePath(QStringLiteral("locked/inner")), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-}
-
-void TestGeneralUtilities::shortenFolderNameForDisplay_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("expected");
-    const QString fifty = QStringLiteral("/aaaaaaaaaa/bbbbbbbbbb/cccccccccc/dddddddddd/eeeee"); // 50
-    QTest::newRow("50 characters untouched") << fifty << fifty;
-    QTest::newRow("short path keeps backslashes") << "C:\\data\\x" << "C:\\data\\x";
-    QTest::newRow("51 characters, many pieces")
-        << "/aaaaaaaaaa/bbbbbbbbbb/cccccccccc/dddddddddd/eeeeee"
-        << "aaaaaaaaaa/bbbbbbbbbb/.../eeeeee";
-    QTest::newRow("backslashes become slashes")
-        << "C:\\Users\\imaging\\Documents\\experiments\\2026\\mouse7\\ClickInfo.txt"
-        << "C:/Users/.../ClickInfo.txt";
-    QTest::newRow("empty pieces dropped")
-        << "//server//share///very/long/folder/name/that/goes/on/file.txt"
-        << "server/share/.../file.txt";
-    QTest::newRow("51 characters, three pieces: cut the full path")
-        << "/aaaaaaaaaaaaaaaa/bbbbbbbbbbbbbbbb/cccccccccccccccc"
-        << "/aaaaaaaaaaaaaaaa/bbbbbbbbbbbbbbbb/cccccccccccc...";
-    QTest::newRow("long last piece: cut the full path, not the short form")
-        << "C:\\a\\b\\c\\" + QString(60, QLatin1Char('x'))
-        << "C:/a/b/c/" + QString(38, QLatin1Char('x')) + "...";
-}
-
-void TestGeneralUtilities::shortenFolderNameForDisplay()
-{
-    QFETCH(QString, path);
-    QFETCH(QString, expected);
-    ::shortenFolderNameForDisplay(path);
-    QCOMPARE(path, expected);
-    QVERIFY(path.size() <= 50 || path == expected);
-}
-
-void TestGeneralUtilities::md5()
-{
-    QCOMPARE(getMD5String(QString()), QStringLiteral("d41d8cd98f00b204e9800998ecf8427e"));
-    QCOMPARE(getMD5String(QStringLiteral("abc")), QStringLiteral("900150983cd24fb0d6963f7d28e17f72"));
-}
-
-void TestGeneralUtilities::colourTableNames()
-{
-    QCOMPARE(getCTNameForColorTable(ZOS_CT_GRAYS), QStringLiteral("Grays"));
-    QCOMPARE(getCTNameForColorTable(ZOS_CT_ORANGE), QStringLiteral("Orange"));
-    for (int t = 15; t <= 22; ++t)
-        QVERIFY(getCTNameForColorTable(ZOS_COLORTABLE_TYPES(t)).isEmpty());
-    QCOMPARE(getCTNameForColorTable(ZOS_CT_BLUEYELLOW), QStringLiteral("BlueYellow"));
-    QCOMPARE(getCTNameForColorTable(ZOS_CT_JET), QStringLiteral("Jet"));
-    QVERIFY(getCTNameForColorTable(ZOS_COLORTABLE_TYPES(27)).isEmpty());
-    QVERIFY(getCTNameForColorTable(ZOS_COLORTABLE_TYPES(-1)).isEmpty());
-
-    QCOMPARE(getCTNameForCLUT(CLUT_RAINBOW2), QStringLiteral("Rainbow2"));
-    QVERIFY(getCTNameForCLUT(CLUT_JET).isEmpty()); // deliberately no name for 15
-    QCOMPARE(getCTNameForColorTable(getCTTypeForCLUT(CLUT_JET)), QStringLiteral("Jet"));
-    QCOMPARE(getCTTypeForCLUT(CLUT_MAGENTA), ZOS_CT_MAGENTA);
-    QCOMPARE(getCTTypeForCLUT(CLUT_GRAYS), ZOS_CT_GRAYS);
-    QCOMPARE(getCTTypeForCLUT(tag_ecolortable(16)), ZOS_CT_GRAYS);
-    QCOMPARE(getCTTypeForCLUT(tag_ecolortable(-3)), ZOS_CT_GRAYS);
-}
-
-void TestGeneralUtilities::sortPredicates()
-{
-    QStringList names{QStringLiteral("beta"), QStringLiteral("Alpha"), QStringLiteral("GAMMA")};
-    std::sort(names.begin(), names.end(), caseInsensitiveLessThan);
-    QCOMPARE(names, QStringList({"Alpha", "beta", "GAMMA"}));
-    std::sort(names.begin(), names.end(), caseInsensitiveGreaterThan);
-    QCOMPARE(names, QStringList({"GAMMA", "beta", "Alpha"}));
-    QVERIFY(!caseInsensitiveLessThan(QStringLiteral("ab"), QStringLiteral("AB")));
-}
-
-void TestGeneralUtilities::waveLength_data()
-{
-    QTest::addColumn<double>("nm");
-    QTest::addColumn<uint>("rgb");
-    QTest::newRow("below the band") << 379.9 << 0xFF000000u;
-    QTest::newRow("above the band") << 780.1 << 0xFF000000u;
-    QTest::newRow("380 edge: dim violet") << 380.0 << 0xFF610061u;
-    QTest::newRow("440 pure blue") << 440.0 << 0xFF0000FFu;
-    QTest::newRow("490 cyan") << 490.0 << 0xFF00FFFFu;
-    QTest::newRow("510 green") << 510.0 << 0xFF00FF00u;
-    QTest::newRow("580 yellow") << 580.0 << 0xFFFFFF00u;
-    QTest::newRow("645 red") << 645.0 << 0xFFFF0000u;
-    QTest::newRow("700 red, full") << 700.0 << 0xFFFF0000u;
-    QTest::newRow("780 dim red") << 780.0 << 0xFF610000u;
-    QTest::newRow("465 mid blue band") << 465.0 << 0xFF0092FFu;
-    QTest::newRow("NaN") << std::numeric_limits<double>::quiet_NaN() << 0xFF000000u;
-    QTest::newRow("+inf") << std::numeric_limits<double>::infinity() << 0xFF000000u;
-    QTest::newRow("-inf") << -std::numeric_limits<double>::infinity() << 0xFF000000u;
-}
-
-void TestGeneralUtilities::waveLength()
-{
-    QFETCH(double, nm);
-    QFETCH(uint, rgb);
-    QCOMPARE(QString::number(convertWaveLengthToRGB(nm), 16), QString::number(rgb, 16));
-}
-
-void TestGeneralUtilities::intermediatePoints_data()
-{
-    QTest::addColumn<QPoint>("from");
-    QTest::addColumn<QPoint>("to");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("single point") << QPoint(0, 0) << QPoint(0, 0) << "0,0";
-    QTest::newRow("(0,0)-(3,-1)") << QPoint(0, 0) << QPoint(3, -1) << "0,0 1,0 2,-1 3,-1";
-    QTest::newRow("octant 1: shallow +x +y") << QPoint(0, 0) << QPoint(5, 2) << "0,0 1,0 2,1 3,1 4,2 5,2";
-    QTest::newRow("octant 2: steep +x +y") << QPoint(0, 0) << QPoint(2, 5) << "0,0 0,1 1,2 1,3 2,4 2,5";
-    QTest::newRow("octant 3: steep -x +y") << QPoint(0, 0) << QPoint(-2, 5) << "0,0 0,1 -1,2 -1,3 -2,4 -2,5";
-    QTest::newRow("octant 4: shallow -x +y") << QPoint(0, 0) << QPoint(-5, 2) << "0,0 -1,0 -2,1 -3,1 -4,2 -5,2";
-    QTest::newRow("octant 5: shallow -x -y") << QPoint(0, 0) << QPoint(-5, -2) << "0,0 -1,0 -2,-1 -3,-1 -4,-2 -5,-2";
-    QTest::newRow("octant 6: steep -x -y") << QPoint(0, 0) << QPoint(-2, -5) << "0,0 0,-1 -1,-2 -1,-3 -2,-4 -2,-5";
-    QTest::newRow("octant 7: steep +x -y") << QPoint(0, 0) << QPoint(2, -5) << "0,0 0,-1 1,-2 1,-3 2,-4 2,-5";
-    QTest::newRow("octant 8: shallow +x -y") << QPoint(0, 0) << QPoint(5, -2) << "0,0 1,0 2,-1 3,-1 4,-2 5,-2";
-    QTest::newRow("diagonal takes the non-steep branch") << QPoint(1, 1) << QPoint(4, 4) << "1,1 2,2 3,3 4,4";
-    QTest::newRow("vertical") << QPoint(5, 3) << QPoint(5, 0) << "5,3 5,2 5,1 5,0";
-    QTest::newRow("horizontal backwards") << QPoint(2, 7) << QPoint(-1, 7) << "2,7 1,7 0,7 -1,7";
-}
-
-void TestGeneralUtilities::intermediatePoints()
-{
-    QFETCH(QPoint, from);
-    QFETCH(QPoint, to);
-    QFETCH(QString, expected);
-    QStringList got;
-    for (const Coord2d &p : getIntermediatePoints(from.x(), from.y(), to.x(), to.y()))
-        got << QStringLiteral("%1,%2").arg(p.x).arg(p.y);
-    QCOMPARE(got.join(QLatin1Char(' ')), expected);
-}
-
-void TestGeneralUtilities::intermediatePointsAreConnected_data()
-{
-    QTest::addColumn<QPoint>("from");
-    QTest::addColumn<QPoint>("to");
-    QTest::newRow("long shallow") << QPoint(-20000, 5) << QPoint(30000, 12345);
-    QTest::newRow("long steep") << QPoint(7, 40000) << QPoint(-3000, -10000);
-    QTest::newRow("huge coordinates") << QPoint(2000000000, -2000000000) << QPoint(2000050000, -1999990000);
-}
-
-void TestGeneralUtilities::intermediatePointsAreConnected()
-{
-    QFETCH(QPoint, from);
-    QFETCH(QPoint, to);
-    const QList<Coord2d> points = getIntermediatePoints(from.x(), from.y(), to.x(), to.y());
-    QCOMPARE(points.size(), qMax(qAbs(to.x() - from.x()), qAbs(to.y() - from.y())) + 1);
-    QCOMPARE(points.first(), Coord2d(from.x(), from.y()));
-    QCOMPARE(points.last(), Coord2d(to.x(), to.y()));
-    for (int i = 1; i < points.size(); ++i) {
-        const double stepX = qAbs(points[i].x - points[i - 1].x);
-        const double stepY = qAbs(points[i].y - points[i - 1].y);
-        QVERIFY(stepX <= 1 && stepY <= 1 && stepX + stepY >= 1);
+    Q_OBJECT
+private slots:
+    void imageKindSectionNames()
+    {
+        // Click-info files find an image by these names: each kind needs its own.
+        QSet<QString> names;
+        for (int t = 0; t < IT_IMAGETYPE_COUNT; ++t)
+            names.insert(imageTypeSectionName(t));
+        QCOMPARE(names.size(), int(IT_IMAGETYPE_COUNT));
+        QCOMPARE(imageTypeSectionName(IT_READBSIGMA), QStringLiteral("readbsigma image"));
+        QVERIFY(imageTypeSectionName(IT_IMAGETYPE_COUNT).isNull() && imageTypeSectionName(-1).isNull());
     }
-}
+
+    void platform()
+    {
+        QVERIFY(!ZOPlatform::memoryStatus(nullptr));
+        ZOMemoryStatus m;
+        QVERIFY(ZOPlatform::memoryStatus(&m));
+        QFile info(QStringLiteral("/proc/meminfo"));
+        QVERIFY(info.open(QIODevice::ReadOnly));
+        const QList<QByteArray> total = info.readLine().simplified().split(' '); // "MemTotal: n kB"
+        QCOMPARE(m.totalPhysical, total.at(1).toULongLong() * 1024);
+        QVERIFY(m.availablePhysical > 0 && m.availablePhysical <= m.totalPhysical);
+        QCOMPARE(m.loadPercent, int((m.totalPhysical - m.availablePhysical) * 100 / m.totalPhysical));
+
+        QTemporaryDir dir;
+        QSettings::setPath(QSettings::NativeFormat, QSettings::SystemScope, dir.path());
+        QSettings(QSettings::NativeFormat, QSettings::SystemScope, "Org", "App").setValue("Group/Key", 7);
+        QCOMPARE(ZOPlatform::machineSetting("Org", "App", "Group", "Key").toInt(), 7);
+        QVERIFY(!ZOPlatform::machineSetting("Org", "App", "Other", "Key").isValid());
+
+        qputenv("ZO_TEST_FOLDER", "/data/x");
+        QCOMPARE(ZOPlatform::environmentFolder("ZO_TEST_FOLDER"), QStringLiteral("/data/x"));
+        qunsetenv("ZO_TEST_FOLDER");
+        QCOMPARE(ZOPlatform::environmentFolder("ZO_TEST_FOLDER"), QDir::homePath());
+        qunsetenv("ALLUSERSPROFILE");
+        qunsetenv("APPDATA");
+        QCOMPARE(ZOPlatform::environmentFolder("ALLUSERSPROFILE"),
+                 QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
+        QCOMPARE(ZOPlatform::environmentFolder("APPDATA"),
+                 QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation));
+    }
+
+    void dateStamps()
+    {
+        const QString before = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
+        const QString stamp = getCurrentDateAndTimeAsString();
+        const QString after = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
+        QCOMPARE(stamp.size(), 14);
+        QVERIFY(stamp >= before && stamp <= after);
+        QCOMPARE(getCurrentDateAsString(), stamp.left(8)); // fails only across midnight
+        tm *now = getCurrentTime();
+        QVERIFY(now);
+        QCOMPARE(now->tm_year + 1900, QDate::currentDate().year());
+    }
+
+    void getDateTime_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QDateTime>("expected");
+        QTest::addColumn<bool>("valid");
+        const QDateTime stamp(QDate(2024, 1, 31), QTime(23, 59, 5), Qt::LocalTime);
+        QTest::newRow("plain stamp") << "20240131235905" << stamp << true;
+        QTest::newRow("three-letter prefix") << "abc20240131235905" << stamp << true;
+        QTest::newRow("file-name prefix") << "C:/data/BKG_20240131235905" << stamp << true;
+        QTest::newRow("non-digit second reads as 0") << "202401312359x5"
+                                                     << QDateTime(QDate(2024, 1, 31), QTime(23, 59, 0), Qt::LocalTime) << true;
+        QTest::newRow("non-digit month is invalid") << "2024ab31235905" << QDateTime() << false;
+        QTest::newRow("month 13") << "20241331235905" << QDateTime() << false;
+        QTest::newRow("too short") << "0131235905" << QDateTime() << false;
+        QTest::newRow("one character") << "7" << QDateTime() << false;
+    }
+
+    void getDateTime()
+    {
+        QFETCH(QString, text);
+        QFETCH(QDateTime, expected);
+        QFETCH(bool, valid);
+        const QDateTime result = ::getDateTime(text);
+        QCOMPARE(result.isValid(), valid);
+        if (valid)
+            QCOMPARE(result, expected);
+        QVERIFY(::getDateTime(QString()).isNull());
+    }
+
+    void isDateTimeExpired()
+    {
+        const QDateTime now = QDateTime::currentDateTime();
+        QVERIFY(::isDateTimeExpired(now.addSecs(-7300), 2.0f));
+        QVERIFY(!::isDateTimeExpired(now.addSecs(-7100), 2.0f));
+        QVERIFY(!::isDateTimeExpired(now.addSecs(3600), 0.0f)); // the future is never expired
+    }
+
+    void doubleToString_data()
+    {
+        QTest::addColumn<double>("value");
+        QTest::addColumn<int>("decimals");
+        QTest::addColumn<int>("expDecimals");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("zero takes exponent form") << 0.0 << 2 << 2 << "0.00e+00";
+        QTest::newRow("10000 is the fixed form's open bound") << 12345.0 << 2 << 2 << "1.23e+04";
+        QTest::newRow("9999.5 stays fixed") << 9999.5 << 1 << 2 << "9999.5";
+        QTest::newRow("threshold is inclusive") << 0.01 << 2 << 2 << "0.01";
+        QTest::newRow("just below the threshold") << 0.0099 << 2 << 2 << "9.90e-03";
+        QTest::newRow("negative fixed") << -3.14159 << 3 << 2 << "-3.142";
+        QTest::newRow("negative small") << -0.0001 << 2 << 1 << "-1.0e-04";
+        QTest::newRow("negative decimals widen the threshold") << 50.0 << -2 << 1 << "5.0e+01";
+        QTest::newRow("negative decimals, fixed") << 150.0 << -2 << 1 << "150";
+        QTest::newRow("99 decimals refused") << 1.0 << 99 << 2 << QString();
+        QTest::newRow("99 exponent decimals refused") << 1.0 << 2 << 99 << QString();
+        QTest::newRow("huge") << 1e300 << 2 << 2 << "1.00e+300";
+    }
+
+    void doubleToString()
+    {
+        QFETCH(double, value);
+        QFETCH(int, decimals);
+        QFETCH(int, expDecimals);
+        QFETCH(QString, expected);
+        const QString result = ::doubleToString(value, decimals, expDecimals);
+        QCOMPARE(result, expected);
+        QCOMPARE(result.isNull(), expected.isNull());
+    }
+
+    void adjustExpValue_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("three-digit exponent") << "1.50e+003" << "1.50e+03";
+        QTest::newRow("two-digit exponent") << "1.50e+03" << "1.50e+03";
+        QTest::newRow("one-digit exponent") << "1.50e+3" << "1.50e+03";
+        QTest::newRow("no sign") << "1.50e3" << "1.50e+03";
+        QTest::newRow("negative exponent") << "2.5e-007" << "2.5e-07";
+        QTest::newRow("large exponent kept") << "2.0e-100" << "2.0e-100";
+        QTest::newRow("upper-case E") << "4E+010" << "4E+10";
+        QTest::newRow("no exponent") << "12.5" << "12.5";
+        QTest::newRow("dangling e") << "12e" << "12e";
+        QTest::newRow("not a number after e") << "1e+x1" << "1e+x1";
+        QTest::newRow("empty") << "" << "";
+    }
+
+    void adjustExpValue()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, expected);
+        ::adjustExpValue(text);
+        QCOMPARE(text, expected);
+    }
+
+    void numbers()
+    {
+        QCOMPARE(LERP(2.0f, 4.0f, 0.25f), 2.5f);
+        QCOMPARE(LERP(2.0f, 4.0f, -1.0f), 0.0f);
+        QVERIFY(qAbs(powerf(2.0f, 10.0f) - 1024.0f) < 0.01f);
+        QVERIFY(std::isnan(powerf(-2.0f, 2.0f))); // no special case for bases <= 0
+        QCOMPARE(powerf(0.0f, 2.0f), 0.0f);
+        QCOMPARE(IsLittleEndian(), Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? 1 : 0);
+    }
+
+    void folderCopyAndDelete()
+    {
+        QTemporaryDir tmp;
+        auto at = [&](const QString &name) { return tmp.filePath(name); };
+        auto dir = [&](const QString &name) { return QDir(at(name)); };
+        for (const char *d : {"src/sub/deeper", "dst", "ro", "outside"})
+            QDir().mkpath(at(d));
+        for (const char *f : {"src/a.txt", "src/b.txt", "src/sub/c.txt", "src/sub/deeper/d.txt", "outside/keep.txt"})
+            writeFile(at(f), QByteArray("new ") + f);
+        writeFile(at("dst/a.txt"), "old a");
+
+        QVERIFY(::copyFolderContents(dir("src"), dir("dst"), false)); // files only
+        QVERIFY(!QFileInfo::exists(at("dst/sub")));
+        QVERIFY(::copyFolderContents(dir("src"), dir("dst"), true));
+        QCOMPARE(readFile(at("dst/a.txt")), QByteArray("old a")); // never overwritten
+        QCOMPARE(readFile(at("dst/b.txt")), QByteArray("new src/b.txt"));
+        QCOMPARE(readFile(at("dst/sub/deeper/d.txt")), QByteArray("new src/sub/deeper/d.txt"));
+        QVERIFY(!::copyFolderContents(dir("missing"), dir("dst"), true));
+        QVERIFY(!::copyFolderContents(dir("src"), dir("missing"), true));
+        // A file stands where the sub-folder must go (a failure that holds for root too).
+        writeFile(at("ro/sub"), "in the way");
+        QVERIFY(!::copyFolderContents(dir("src"), dir("ro"), true));
+
+        writeFile(at("dst/sub/.hidden"), "h");
+        QFile::link(at("outside"), at("dst/sub/link"));
+        QVERIFY(::deleteFolderTree(dir("dst")));
+        QVERIFY(!QFileInfo::exists(at("dst")));
+        QVERIFY(QFileInfo::exists(at("outside/keep.txt"))); // links are not followed
+        QVERIFY(!::deleteFolderTree(dir("dst")));
+        if (::geteuid() == 0)
+            QSKIP("root ignores folder permissions");
+        QFile::setPermissions(at("src/sub/deeper"), QFile::ReadOwner | QFile::ExeOwner);
+        QVERIFY(!::deleteFolderTree(dir("src")));
+        QVERIFY(QFileInfo::exists(at("src/sub/deeper/d.txt")));
+        QFile::setPermissions(at("src/sub/deeper"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+
+    void shortenFolderNameForDisplay_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("expected");
+        const QString fifty = QStringLiteral("/aaaaaaaaaa/bbbbbbbbbb/cccccccccc/dddddddddd/eeeee"); // 50
+        QTest::newRow("50 characters untouched") << fifty << fifty;
+        QTest::newRow("short path keeps backslashes") << "C:\\data\\x" << "C:\\data\\x";
+        QTest::newRow("51 characters, many pieces")
+            << "/aaaaaaaaaa/bbbbbbbbbb/cccccccccc/dddddddddd/eeeeee"
+            << "aaaaaaaaaa/bbbbbbbbbb/.../eeeeee";
+        QTest::newRow("backslashes become slashes")
+            << "C:\\Users\\imaging\\Documents\\experiments\\2026\\mouse7\\ClickInfo.txt"
+            << "C:/Users/.../ClickInfo.txt";
+        QTest::newRow("empty pieces dropped")
+            << "//server//share///very/long/folder/name/that/goes/on/file.txt"
+            << "server/share/.../file.txt";
+        QTest::newRow("51 characters, three pieces: cut the full path")
+            << "/aaaaaaaaaaaaaaaa/bbbbbbbbbbbbbbbb/cccccccccccccccc"
+            << "/aaaaaaaaaaaaaaaa/bbbbbbbbbbbbbbbb/cccccccccccc...";
+        QTest::newRow("long last piece: cut the full path, not the short form")
+            << "C:\\a\\b\\c\\" + QString(60, QLatin1Char('x'))
+            << "C:/a/b/c/" + QString(38, QLatin1Char('x')) + "...";
+    }
+
+    void shortenFolderNameForDisplay()
+    {
+        QFETCH(QString, path);
+        QFETCH(QString, expected);
+        ::shortenFolderNameForDisplay(path);
+        QCOMPARE(path, expected);
+        QVERIFY(path.size() <= 50 || path == expected);
+    }
+
+    void md5()
+    {
+        QCOMPARE(getMD5String(QString()), QStringLiteral("d41d8cd98f00b204e9800998ecf8427e"));
+        QCOMPARE(getMD5String(QStringLiteral("abc")), QStringLiteral("900150983cd24fb0d6963f7d28e17f72"));
+    }
+
+    void colourTableNames()
+    {
+        // A look-up table and its colour table share one name, no two alike; 15 is Jet by type only.
+        QSet<QString> names;
+        for (int c = 0; c < CLUT_JET; ++c) {
+            names << getCTNameForCLUT(tag_ecolortable(c));
+            QCOMPARE(getCTNameForColorTable(getCTTypeForCLUT(tag_ecolortable(c))), getCTNameForCLUT(tag_ecolortable(c)));
+        }
+        QVERIFY(names.size() == CLUT_JET && names.contains("Grays") && !names.contains(QString()));
+        QVERIFY(getCTNameForCLUT(CLUT_JET).isEmpty());
+        QCOMPARE(getCTNameForColorTable(getCTTypeForCLUT(CLUT_JET)), QStringLiteral("Jet"));
+        for (int t : {-1, 15, 22, 27})
+            QVERIFY(getCTNameForColorTable(ZOS_COLORTABLE_TYPES(t)).isEmpty());
+        QCOMPARE(getCTNameForColorTable(ZOS_CT_BLUEYELLOW), QStringLiteral("BlueYellow"));
+        QCOMPARE(getCTTypeForCLUT(tag_ecolortable(16)), ZOS_CT_GRAYS);
+        QCOMPARE(getCTTypeForCLUT(tag_ecolortable(-3)), ZOS_CT_GRAYS);
+    }
+
+    void sortPredicates()
+    {
+        QStringList names{QStringLiteral("beta"), QStringLiteral("Alpha"), QStringLiteral("GAMMA")};
+        std::sort(names.begin(), names.end(), caseInsensitiveLessThan);
+        QCOMPARE(names, QStringList({"Alpha", "beta", "GAMMA"}));
+        std::sort(names.begin(), names.end(), caseInsensitiveGreaterThan);
+        QCOMPARE(names, QStringList({"GAMMA", "beta", "Alpha"}));
+        QVERIFY(!caseInsensitiveLessThan(QStringLiteral("ab"), QStringLiteral("AB")));
+    }
+
+    void waveLength_data()
+    {
+        QTest::addColumn<double>("nm");
+        QTest::addColumn<uint>("rgb");
+        QTest::newRow("below the band") << 379.9 << 0xFF000000u;
+        QTest::newRow("above the band") << 780.1 << 0xFF000000u;
+        QTest::newRow("380 edge: dim violet") << 380.0 << 0xFF610061u;
+        QTest::newRow("440 pure blue") << 440.0 << 0xFF0000FFu;
+        QTest::newRow("490 cyan") << 490.0 << 0xFF00FFFFu;
+        QTest::newRow("510 green") << 510.0 << 0xFF00FF00u;
+        QTest::newRow("580 yellow") << 580.0 << 0xFFFFFF00u;
+        QTest::newRow("645 red") << 645.0 << 0xFFFF0000u;
+        QTest::newRow("780 dim red") << 780.0 << 0xFF610000u;
+        QTest::newRow("465 mid blue band") << 465.0 << 0xFF0092FFu;
+        QTest::newRow("NaN") << std::numeric_limits<double>::quiet_NaN() << 0xFF000000u;
+    }
+
+    void waveLength()
+    {
+        QFETCH(double, nm);
+        QFETCH(uint, rgb);
+        QCOMPARE(QString::number(convertWaveLengthToRGB(nm), 16), QString::number(rgb, 16));
+    }
+
+    void intermediatePoints_data()
+    {
+        QTest::addColumn<QPoint>("from");
+        QTest::addColumn<QPoint>("to");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("single point") << QPoint(0, 0) << QPoint(0, 0) << "0,0";
+        QTest::newRow("(0,0)-(3,-1)") << QPoint(0, 0) << QPoint(3, -1) << "0,0 1,0 2,-1 3,-1";
+        QTest::newRow("octant 1: shallow +x +y") << QPoint(0, 0) << QPoint(5, 2) << "0,0 1,0 2,1 3,1 4,2 5,2";
+        QTest::newRow("octant 2: steep +x +y") << QPoint(0, 0) << QPoint(2, 5) << "0,0 0,1 1,2 1,3 2,4 2,5";
+        QTest::newRow("octant 3: steep -x +y") << QPoint(0, 0) << QPoint(-2, 5) << "0,0 0,1 -1,2 -1,3 -2,4 -2,5";
+        QTest::newRow("octant 4: shallow -x +y") << QPoint(0, 0) << QPoint(-5, 2) << "0,0 -1,0 -2,1 -3,1 -4,2 -5,2";
+        QTest::newRow("octant 5: shallow -x -y") << QPoint(0, 0) << QPoint(-5, -2) << "0,0 -1,0 -2,-1 -3,-1 -4,-2 -5,-2";
+        QTest::newRow("octant 6: steep -x -y") << QPoint(0, 0) << QPoint(-2, -5) << "0,0 0,-1 -1,-2 -1,-3 -2,-4 -2,-5";
+        QTest::newRow("octant 7: steep +x -y") << QPoint(0, 0) << QPoint(2, -5) << "0,0 0,-1 1,-2 1,-3 2,-4 2,-5";
+        QTest::newRow("octant 8: shallow +x -y") << QPoint(0, 0) << QPoint(5, -2) << "0,0 1,0 2,-1 3,-1 4,-2 5,-2";
+        QTest::newRow("diagonal takes the non-steep branch") << QPoint(1, 1) << QPoint(4, 4) << "1,1 2,2 3,3 4,4";
+        QTest::newRow("vertical") << QPoint(5, 3) << QPoint(5, 0) << "5,3 5,2 5,1 5,0";
+        QTest::newRow("horizontal backwards") << QPoint(2, 7) << QPoint(-1, 7) << "2,7 1,7 0,7 -1,7";
+    }
+
+    void intermediatePoints()
+    {
+        QFETCH(QPoint, from);
+        QFETCH(QPoint, to);
+        QFETCH(QString, expected);
+        QStringList got;
+        for (const Coord2d &p : getIntermediatePoints(from.x(), from.y(), to.x(), to.y()))
+            got << QStringLiteral("%1,%2").arg(p.x).arg(p.y);
+        QCOMPARE(got.join(QLatin1Char(' ')), expected);
+    }
+
+    void intermediatePointsAreConnected_data()
+    {
+        QTest::addColumn<QPoint>("from");
+        QTest::addColumn<QPoint>("to");
+        QTest::newRow("long shallow") << QPoint(-20000, 5) << QPoint(30000, 12345);
+        QTest::newRow("long steep") << QPoint(7, 40000) << QPoint(-3000, -10000);
+        QTest::newRow("huge coordinates") << QPoint(2000000000, -2000000000) << QPoint(2000050000, -1999990000);
+    }
+
+    void intermediatePointsAreConnected()
+    {
+        QFETCH(QPoint, from);
+        QFETCH(QPoint, to);
+        const QList<Coord2d> points = getIntermediatePoints(from.x(), from.y(), to.x(), to.y());
+        QCOMPARE(points.size(), qMax(qAbs(to.x() - from.x()), qAbs(to.y() - from.y())) + 1);
+        QCOMPARE(points.first(), Coord2d(from.x(), from.y()));
+        QCOMPARE(points.last(), Coord2d(to.x(), to.y()));
+        for (int i = 1; i < points.size(); ++i) {
+            const double stepX = qAbs(points[i].x - points[i - 1].x);
+            const double stepY = qAbs(points[i].y - points[i - 1].y);
+            QVERIFY(stepX <= 1 && stepY <= 1 && stepX + stepY >= 1);
+        }
+    }
+};
 
 QTEST_MAIN(TestGeneralUtilities)
 #include "tst_generalutilities.moc"
