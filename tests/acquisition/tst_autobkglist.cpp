@@ -1,6 +1,8 @@
 #include "autobkglist.h"
 #include "czoslog.h"
 
+#include "filebytes.h"
+
 #include <QtTest>
 
 Q_DECLARE_METATYPE(SAutoBkgListInfo)
@@ -37,19 +39,19 @@ private slots:
         const QString path = m_dir.filePath("written.txt");
         QVERIFY(QFile(path).open(QIODevice::WriteOnly)); // replaced, not appended to
         QCOMPARE(int(saveInfoToAutoBkgList(&t, ",", path)), 0);
-        QCOMPARE(readAll(path),
+        QCOMPARE(readFile(path),
                  QByteArray("#Auto Bkg\n#Binning Key\n1,a,2,b,c\nh2\n%1\n\n1, lum ,4,x,60 sec,z\n2,b,8,,,w\n3,c,30,,c5,v\n"));
         Records records{SAutoBkgListInfo("kept", "", "", "")};
         QCOMPARE(int(readInfoFromAutoBkgList(path, records)), 0);
         QCOMPARE(records, (Records{SAutoBkgListInfo("kept", "", "", ""), SAutoBkgListInfo("1", " lum ", "4", "60 sec"),
                                    SAutoBkgListInfo("3", "c", "30", "c5")}));
         QCOMPARE(int(saveInfoToAutoBkgList(&t, ";", path)), 0);
-        QVERIFY(readAll(path).endsWith("\n3;c;30;;c5;v\n"));
+        QVERIFY(readFile(path).endsWith("\n3;c;30;;c5;v\n"));
         QCOMPARE(int(saveInfoToAutoBkgList(nullptr, ",", path)), int(ES_INVALID_POINTER));
 
         _tagAutoBkgListFileParam empty;
         QCOMPARE(int(saveInfoToAutoBkgList(&empty, ";", path)), 0);
-        QCOMPARE(readBack(readAll(path)), Records());
+        QCOMPARE(readBack(readFile(path)), Records());
     }
 
     void lineFilter_data()
@@ -80,7 +82,7 @@ private slots:
         QCOMPARE(int(readInfoFromAutoBkgList(m_dir.path(), records)), int(ES_READ_FAILED)); // a directory
         QVERIFY(records.isEmpty());
         QCoreApplication::sendPostedEvents();
-        QVERIFY(readAll(getLogObject()->fileName()).contains("\n Error opening Auto background configuration file."));
+        QVERIFY(readFile(getLogObject()->fileName()).contains("\n Error opening Auto background configuration file."));
 
         // Writing where no file can be made fails silently.
         _tagAutoBkgListFileParam t;
@@ -91,11 +93,6 @@ private slots:
     }
 
 private:
-    QByteArray readAll(const QString &path)
-    {
-        QFile f(path);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-    }
     Records readBack(const QByteArray &bytes)
     {
         const QString path = m_dir.filePath("read.txt");

@@ -2,25 +2,14 @@
 #include "zoconstants.h"
 #include "zoplatform.h"
 
+#include "filebytes.h"
+
 #include <QtTest>
 
 #include <unistd.h>
 
 #include <cmath>
 #include <limits>
-
-static void writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(bytes);
-}
-
-static QByteArray readFile(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
 
 class TestGeneralUtilities : public QObject
 {

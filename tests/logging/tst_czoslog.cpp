@@ -2,6 +2,8 @@
 #include "zopreferencehooks.h"
 #include "zouserstats.h"
 
+#include "filebytes.h"
+
 #include <QtTest>
 
 // Entry times become "T" and the launch line "<launched>", once checked against the clock.
@@ -20,12 +22,6 @@ static QString normalised(const QByteArray &bytes)
             line = QStringLiteral("<launched>");
     }
     return lines.join(QStringLiteral("\r\n"));
-}
-
-static QByteArray readAll(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
 static const QString kRule = QString(84, QLatin1Char('='));
@@ -99,11 +95,11 @@ private slots:
         QVERIFY(!QFile::exists(path("zoactivity.log"))); // opened by the first entry
         for (int i = 0; i < messages.size(); ++i)
             getLogObject()->log(messages[i], QString(), i, QString(), types[i], true);
-        QVERIFY(userHook || normalised(readAll(path("zoactivity.log"))).endsWith(written)); // flushed per entry
+        QVERIFY(userHook || normalised(readFile(path("zoactivity.log"))).endsWith(written)); // flushed per entry
         QCOMPARE(getLogObject()->warnings(), warnings);
         QCOMPARE(getLogObject()->errors(), errors);
         closeLog();
-        QCOMPARE(normalised(readAll(path("zoactivity.log"))), kHeader + written + summary(errors, warnings));
+        QCOMPARE(normalised(readFile(path("zoactivity.log"))), kHeader + written + summary(errors, warnings));
     }
 
     void deferredPathNeedsTheHandler()
@@ -123,7 +119,7 @@ private slots:
         QVERIFY(CZOSLogEventHandler::install());
         log->log(QStringLiteral("queued at the close"), QString(), 1, QString(), 1);
         closeLog();
-        QCOMPARE(normalised(readAll(path("zoactivity.log"))),
+        QCOMPARE(normalised(readFile(path("zoactivity.log"))),
                  kHeader + QStringLiteral("T\tWarning > posted\r\nT\tError   > through errorLog\r\n"
                                           "T\tqueued at the close\r\n") + summary(1, 1));
     }
@@ -150,7 +146,7 @@ private slots:
         log.log(QStringLiteral("to first"), QString(), 9, QString(), 1, true);
         log.beginLog(path("second.log"), LOG_TO_FILE);
         log.log(QStringLiteral("to second"), QString(), 10, QString(), 1, true);
-        QVERIFY(readAll(path("first.log")).endsWith("\tto first\r\n") && readAll(path("second.log")).endsWith("\tto second\r\n"));
+        QVERIFY(readFile(path("first.log")).endsWith("\tto first\r\n") && readFile(path("second.log")).endsWith("\tto second\r\n"));
     }
 
     void rotation_data()
@@ -174,12 +170,12 @@ private slots:
         getLogObject()->log(QStringLiteral("new"), QString(), 1, QString(), 1, true);
         closeLog();
 
-        const QByteArray now = readAll(path("zoactivity.log"));
+        const QByteArray now = readFile(path("zoactivity.log"));
         const bool rotated = oldSize > 204800;
         QCOMPARE(now.startsWith(old), !rotated);
         QCOMPARE(normalised(now.mid(rotated ? 0 : oldSize)), kHeader + QStringLiteral("T\tnew\r\n") + summary(0, 0));
         if (rotated && !backupIsFolder)
-            QCOMPARE(readAll(path("zoactivity.bak")), old);
+            QCOMPARE(readFile(path("zoactivity.bak")), old);
         QCOMPARE(QFileInfo(path("zoactivity.bak")).isDir(), backupIsFolder);
     }
 
@@ -224,7 +220,7 @@ private slots:
         QCOMPARE(status.count(), 3);
         QCOMPARE(status.at(0).at(0).toString(), QStringLiteral("QT -> debug note"));
         closeLog();
-        QCOMPARE(normalised(readAll(path("zoactivity.log"))),
+        QCOMPARE(normalised(readFile(path("zoactivity.log"))),
                  kHeader
                      + QStringLiteral("T\tWarning > QT -> stage limit reached\r\nT\tQT -> debug note\r\n"
                                       "T\tError   > QT -> controller gone\r\nT\tQT -> fatal but harmless\r\n")
@@ -242,7 +238,7 @@ private slots:
         QVERIFY(beginUserStatLogging());         // a later start keeps the rows, without a second header
         closeUserStatLogging();
 
-        QString rows = QString::fromUtf8(readAll(userStatsFileName()));
+        QString rows = QString::fromUtf8(readFile(userStatsFileName()));
         rows.replace(QRegularExpression(QStringLiteral(",\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d,(0|1)?")), QStringLiteral(",<time>,"));
         QCOMPARE(rows, QStringLiteral("Event,User,Time,Session Seconds\r\nlogin,JD,<time>,\r\nlogout,JD,<time>,\r\n"
                                       "login,\"Smith, A\",<time>,\r\nlogout,\"Smith, A\",<time>,\r\n"));

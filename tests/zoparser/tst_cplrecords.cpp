@@ -12,6 +12,8 @@
 #include <QDateTime>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
+#include "filebytes.h"
+
 #include <QtTest>
 
 Q_DECLARE_METATYPE(tag_estatus)
@@ -30,18 +32,6 @@ bool sameSections(const CPLSectionList &a, const CPLSectionList &b)
         if (*a.sections().at(i) != *b.sections().at(i))
             return false;
     return true;
-}
-
-QByteArray readAll(const QString &path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-bool writeAll(const QString &path, const QByteArray &bytes)
-{
-    QFile f(path);
-    return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
 }
 
 } // namespace
@@ -85,7 +75,7 @@ private slots:
 
         const QString path = m_dir + QStringLiteral("/ClickInfo.txt");
         QCOMPARE(info.saveClickInfo(path), ES_SUCCESS);
-        const QByteArray bytes = readAll(path);
+        const QByteArray bytes = readFile(path);
         QVERIFY(bytes.startsWith("*** ClickNumber:\r\n"));
         QCOMPARE(bytes.count('\n'), bytes.count("\r\n"));
 
@@ -147,7 +137,7 @@ private slots:
                             "Comment:\tone@\ttwo@@@*** Camera System Info:@Data Multiplier:\t10@");
             text.replace("@", eol);
             const QString path = m_dir + QStringLiteral("/ClickInfo.txt");
-            QVERIFY(writeAll(path, text));
+            QVERIFY(writeFile(path, text));
 
             CPLClickInfo info;
             QCOMPARE(info.loadClickInfo(path), ES_SUCCESS);
@@ -187,7 +177,7 @@ private slots:
     void cameraInfo()
     {
         const QString path = m_dir + QStringLiteral("/CameraInfo.txt");
-        QVERIFY(writeAll(path, "*** Other:\nx:\t1\n\n*** Camera System Info:\nCamera System Info:\tAndor iKon\n"));
+        QVERIFY(writeFile(path, "*** Other:\nx:\t1\n\n*** Camera System Info:\nCamera System Info:\tAndor iKon\n"));
         CPLCameraInfo camera;
         QCOMPARE(camera.loadCameraInfo(path), ES_SUCCESS);
         QVERIFY(camera.getCameraSystemInfoSection());
@@ -202,7 +192,7 @@ private slots:
     void settingsTypedReads()
     {
         const QString path = m_dir + QStringLiteral("/AB.txt");
-        QVERIFY(writeAll(path, "*** User Input:\t(User Profile)\r\nUser ID:\tAB\r\n\r\n"
+        QVERIFY(writeFile(path, "*** User Input:\t(User Profile)\r\nUser ID:\tAB\r\n\r\n"
                                "*** 3D View Preferences:\r\n2D Text Size:\t8\r\nLumin Reverse Checkbox:\t1\r\n"
                                "Scale:\t0.25\r\nColor:\t50 152 255\r\n\r\n"));
         CPLSettingsFileWrapper prefs;
@@ -347,7 +337,7 @@ private slots:
         QFETCH(tag_estatus, status);
         QFETCH(int, sectionsKept);
         const QString path = m_dir + QStringLiteral("/ClickInfo.txt");
-        QVERIFY(writeAll(path, bytes));
+        QVERIFY(writeFile(path, bytes));
         if (kind == QLatin1String("sequence")) {
             CPLSequenceInfo seq;
             QCOMPARE(seq.loadSequenceInfo(path), status);
@@ -375,12 +365,12 @@ private slots:
     void failedSaveLeavesFileAlone()
     {
         const QString path = m_dir + QStringLiteral("/ClickInfo.txt");
-        QVERIFY(writeAll(path, "old"));
+        QVERIFY(writeFile(path, "old"));
         CPLClickInfo info;
         info.addSection(new CPLSection(QStringLiteral("fine")));
         info.addSection(new CPLSection(QStringLiteral("two\nlines")));
         QCOMPARE(info.saveClickInfo(path), ES_INVALID_ARGUMENT);
-        QCOMPARE(readAll(path), QByteArray("old"));
+        QCOMPARE(readFile(path), QByteArray("old"));
         QVERIFY(info.removeSection(QStringLiteral("two\nlines")));
         QCOMPARE(info.saveClickInfo(m_dir + QStringLiteral("/no/such/folder/ClickInfo.txt")), ES_OPEN_FAILED);
     }
