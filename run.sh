@@ -121,8 +121,9 @@ case "$cmd" in
     command -v ccache >/dev/null && mut_opts+=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
     build build-mut "${mut_opts[@]}"
     report=build-mut/mutants-seed$seed.json
+    # The first failing test decides a fault's fate: the rest of the suite need not run.
     python3 "$sampler" --build build-mut --sources zoutils zoparser zoimage --seed "$seed" --count "$count" \
-      --test "xvfb-run -a -s '-screen 0 1600x1000x24' ctest --timeout 60 -j $JOBS" --report "$report" \
+      --test "xvfb-run -a -s '-screen 0 1600x1000x24' ctest --timeout 60 -j $JOBS --stop-on-failure" --report "$report" \
       | grep -v '^\[' || true
     python3 - "$report" <<'EOF'
 import json, sys
