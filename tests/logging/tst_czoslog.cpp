@@ -225,6 +225,15 @@ private slots:
                      + QStringLiteral("T\tWarning > QT -> stage limit reached\r\nT\tQT -> debug note\r\n"
                                       "T\tError   > QT -> controller gone\r\nT\tQT -> fatal but harmless\r\n")
                      + summary(1, 1));
+
+        // With no log open, messages go on to the handler that was there before, however often the log's came.
+        static QStringList passedOn;
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &text) { passedOn << text; });
+        installZOSMessageHandler();
+        installZOSMessageHandler();
+        qWarning("no log open");
+        qInstallMessageHandler(previous);
+        QCOMPARE(passedOn, QStringList{"no log open"});
     }
 
     void userStatistics()
