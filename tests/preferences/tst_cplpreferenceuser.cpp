@@ -158,10 +158,6 @@ private slots:
         QTest::newRow("binary after good sections") << good + binary << QStringList{"A"} << "G1";
         QTest::newRow("truncated mid-section") << good + "*** B:\r\nk1:\tv1\r\nk2:\tpartial val" << QStringList{"A", "B"}
                                                << "G1";
-        QTest::newRow("truncated mid-label block") << kHeader + kLabels.left(60) << QStringList() << QString();
-        QTest::newRow("carriage returns only") << QByteArray(good).replace("\r\n", "\r") << QStringList{"A"} << "G1";
-        QTest::newRow("duplicate sections and keys") << good + "*** A:\r\nk:\tsecond\r\nk:\tthird\r\n\r\n"
-                                                     << QStringList{"A", "A"} << "G1";
         QTest::newRow("broken section between good ones")
             << good + "*** B:\r\nno separator here\r\n\r\n*** C:\r\nk:\tv\r\n\r\n" << QStringList{"A", "C"} << "G1";
         QTest::newRow("no label block, stray lines") << kHeader + "*** A:\r\nk:\tv\r\n\r\njunk line\r\n*** C:\r\nk:\tv\r\n"
@@ -209,22 +205,6 @@ private slots:
         QScopedPointer<CPLPreferenceUser> loaded(reload("EN"));
         QVERIFY(loaded);
         QCOMPARE(loaded->getCustomSettingsSections().first()->value(QStringLiteral("v")), value);
-    }
-
-    void noFileWhereAFolderStands()
-    {
-        CPLPreferenceUser user(QStringLiteral("DR"), QString());
-        QCOMPARE(user.loadData(path("missing")), ES_OPEN_FAILED);
-        QVERIFY(QDir().mkpath(path("DR") + "/inside"));
-        QCOMPARE(user.loadData(path("DR")), ES_OPEN_FAILED);
-        QVERIFY(user.saveData() != ES_SUCCESS);
-        QVERIFY(QFileInfo(path("DR") + "/inside").isDir());
-
-        // A file standing where the profiles folder must go.
-        QVERIFY(QDir(m_folders.profilesFolder()).removeRecursively());
-        m_folders.writeFile(m_folders.profileDir() + "/profiles", "not a folder");
-        QCOMPARE(user.saveData(), ES_WRITE_FAILED);
-        QCOMPARE(PrefsFolders::readFile(m_folders.profileDir() + "/profiles"), QByteArray("not a folder"));
     }
 
     void roiFileNumbers_data()
