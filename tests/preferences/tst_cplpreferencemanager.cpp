@@ -67,17 +67,6 @@ private slots:
         QVERIFY(!QFileInfo::exists(m_folders.appDir() + "/user profiles"));
     }
 
-    void unusableProfileBase()
-    {
-        for (const char *inTheWay : {"", "/Application Data/Norbeck Instruments/Zolvane"}) {
-            QFile::remove(m_folders.allUsers()); // the previous round left a file here
-            QDir(m_folders.allUsers()).removeRecursively();
-            m_folders.writeFile(m_folders.allUsers() + inTheWay, "in the way");
-            QCOMPARE(m_folders.load(), ES_INIT_FAILED);
-            QCOMPARE(manager()->userCount(), 0);
-        }
-    }
-
     void profilesAreCarriedOver()
     {
         // Per-user profiles are moved over, replacing what is there.
