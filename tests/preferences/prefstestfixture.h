@@ -1,7 +1,5 @@
 #pragma once
-// Points every folder the preferences use at one temporary folder: the
-// application data folder, ALLUSERSPROFILE, APPDATA and the application's own
-// folder.
+// Points the data folder, ALLUSERSPROFILE, APPDATA and the application folder into one temporary folder.
 
 #include "cplpreferencemanager.h"
 #include "cplpreferenceuser.h"
