@@ -33,7 +33,8 @@ public:
         CZOSPlotCore::setReferenceLinePosX, CZOSPlotCore::setReferenceLinePosY, CZOSPlotCore::setReferenceLineX,
         CZOSPlotCore::setReferenceLineY, CZOSPlotCore::setShadedRectangleParams,
         CZOSPlotCore::setVisibleShadedRectangle, CZOSPlotCore::setYAxisFloor, CZOSPlotCore::toolTipTextAt,
-        CZOSPlotCore::writeDataToFile, CZOSPlotCore::removeMarkerY, CZOSPlotCore::lineStrips;
+        CZOSPlotCore::writeDataToFile, CZOSPlotCore::removeMarkerY, CZOSPlotCore::lineStrips,
+        CZOSPlotCore::convertObjectToNormalizedCoords, CZOSPlotCore::convertNormalizedToObjectCoords;
     bool add(const QString &name, const V &x, const V &y, const V &ex = {}, const V &ey = {},
              const DISPLAY_SETTINGS *settings = nullptr, const QStringList &labels = {})
     {
@@ -311,6 +312,7 @@ private slots:
         QTest::newRow("uneven spacing trapezoid over span")
             << V{0, 10, 30} << V{1, 3, 5} << false << ((1 + 3) * 10 * k * 0.5 + (3 + 5) * 20 * k * 0.5) / (30 * k);
         QTest::newRow("uneven only at the end") << V{0, 10, 20, 25} << V{1, 1, 1, 1} << false << 1.0;
+        QTest::newRow("two points are even") << V{5, 7} << V{2, 2} << true << 4 * 2 * k;
         QTest::newRow("single point") << V{5} << V{2} << false << 0.0;
     }
 
@@ -433,6 +435,10 @@ private slots:
         double sizeW = 0, sizeH = 0;
         core.convertWindowToObjectSize(int(plotW), -int(plotH), sizeW, sizeH);
         QVERIFY(near(V{sizeW, sizeH}, V{10, 100}));
+        double nx = 0, ny = 0, ox = 0, oy = 0; // fractions of the displayed range, and back
+        core.convertObjectToNormalizedCoords(12.5, 25, nx, ny);
+        core.convertNormalizedToObjectCoords(nx, ny, ox, oy);
+        QVERIFY(near(V{nx, ny, ox, oy}, V{0.25, 0.25, 12.5, 25}));
         double xr = 0, yr = 0;
         core.getXYRatios(xr, yr);
         QCOMPARE((V{xr, yr}), (V{10 / plotW, 100 / plotH}));
@@ -581,8 +587,8 @@ private slots:
         const int yAt5 = 270 - 35 - 100;
         QCOMPARE(core.toolTipTextAt(QPoint(135, yAt5)), QString("right\nQVL-2 Angle: 90\nCounts: 5\nn2"));
         QCOMPARE(core.toolTipTextAt(QPoint(85, yAt5)), QString("middle\nQVL-2 Angle: 45\nCounts: 5\nn1"));
-        // Tolerances of 5 pixels of span: 2.5 pixels on X, whose look-up scales by the maximum.
-        QCOMPARE(core.toolTipTextAt(QPoint(85 + 2, yAt5 - 4)), QString("middle\nQVL-2 Angle: 45\nCounts: 5\nn1"));
+        // Tolerances of 5 pixels of span (inclusive): 2.5 pixels on X, whose look-up scales by the maximum.
+        QCOMPARE(core.toolTipTextAt(QPoint(85 + 2, yAt5 + 5)), QString("middle\nQVL-2 Angle: 45\nCounts: 5\nn1"));
         QCOMPARE(core.toolTipTextAt(QPoint(85 + 3, yAt5)), QString());
         QCOMPARE(core.toolTipTextAt(QPoint(85, yAt5 + 6)), QString());
         // Reference lines read out their position in data units.
@@ -615,7 +621,9 @@ private slots:
         Core core; // X 0 .. 200, Y 0 .. 100 on 270 x 270
         QVERIFY(core.add("l", {0, 200}, {0, 100}));
         core.showLegend(false);
+        const int changes = core.m_changes;
         core.setGridType(EGT_BOTH);
+        QVERIFY(core.m_changes > changes); // a repaint
         core.addMarkerX("MX", 50, Qt::green);
         core.addMarkerY("MY", 25, Qt::magenta);
         core.setReferenceLineX(true);
@@ -634,6 +642,7 @@ private slots:
         // Names: an X marker's right of its line at the top, a Y marker's above its line at the right end.
         const auto ink = [&](const QRect &r) { return count(image, White, r) + count(image, grey, r) < r.width() * r.height() - 4; };
         QVERIFY(ink(QRect(86, 36, 16, 14)) && ink(QRect(213, 170, 20, 14)) && !ink(QRect(236, 160, 34, 26)));
+        QVERIFY(!ink(QRect(213, 186, 20, 10)));
         QVERIFY(count(image, Red, QRect(185, 36, 1, 199)) >= 190);
         QVERIFY(count(image, Red, QRect(120, 250, 150, 20)) > 10); // the value text
         QCOMPARE(count(image, Red, QRect(0, 0, 270, 34)) + count(image, Red, QRect(36, 135, 198, 1)), 1);

@@ -114,6 +114,9 @@ private slots:
             modes << plot.core->getCurrentDisplayMode() << s.displayMode;
         }
         QCOMPARE(modes, (QVector<int>{0, 0, 2, 2, 1, 1}));
+        send(plot.widget.get(), QEvent::MouseButtonPress, Qt::RightButton, QPoint(100, 100));
+        QVERIFY(plot.widget->findChild<QMenu *>()->isVisible());
+        plot.widget->findChild<QMenu *>()->close();
     }
 
     void mouseZoom_data() { kinds_data(); }
@@ -159,6 +162,7 @@ private slots:
         for (auto [button, mods] : {std::pair(Qt::MiddleButton, Qt::NoModifier), {Qt::LeftButton, Qt::ControlModifier}}) {
             send(w, QEvent::MouseButtonPress, button, from, mods);
             send(w, QEvent::MouseMove, button, to, mods);
+            QCOMPARE(w->cursor().shape(), Qt::ClosedHandCursor);
             send(w, QEvent::MouseButtonRelease, button, to, mods);
             core->convertWindowToObjectCoords(to.x(), to.y(), x1, y1);
             QVERIFY(std::fabs(x1 - fx) < 1e-9 && std::fabs(y1 - fy) < 1e-9);
