@@ -435,10 +435,6 @@ private slots:
         double sizeW = 0, sizeH = 0;
         core.convertWindowToObjectSize(int(plotW), -int(plotH), sizeW, sizeH);
         QVERIFY(near(V{sizeW, sizeH}, V{10, 100}));
-        double nx = 0, ny = 0, ox = 0, oy = 0; // fractions of the displayed range, and back
-        core.convertObjectToNormalizedCoords(12.5, 25, nx, ny);
-        core.convertNormalizedToObjectCoords(nx, ny, ox, oy);
-        QVERIFY(near(V{nx, ny, ox, oy}, V{0.25, 0.25, 12.5, 25}));
         double xr = 0, yr = 0;
         core.getXYRatios(xr, yr);
         QCOMPARE((V{xr, yr}), (V{10 / plotW, 100 / plotH}));
@@ -511,6 +507,10 @@ private slots:
         QVERIFY(!core.setView(1, 1, 0, 1) && !core.setView(0, 1, NaN, 1) && !core.setView(1e20, 1e20 + 1e6, 0, 1));
         QVERIFY(core.setView(-1, 1, -2, 2));
         QCOMPARE(displayed(), (V{-1, 1, -2, 2}));
+        double nx = 0, ny = 0, ox = 0, oy = 0; // fractions of the displayed range, and back
+        core.convertObjectToNormalizedCoords(0.5, 1, nx, ny);
+        core.convertNormalizedToObjectCoords(nx, ny, ox, oy);
+        QVERIFY(near(V{nx, ny, ox, oy}, V{0.75, 0.75, 0.5, 1}));
         QCOMPARE(core.getXTickLabels().first(), QString(reversed ? "0.80" : "-0.80")); // every other tick of 0.2
         // A zoomed view cuts the curve at the plot area's edges.
         core.showLegend(false);
@@ -591,6 +591,9 @@ private slots:
         QCOMPARE(core.toolTipTextAt(QPoint(85 + 2, yAt5 + 5)), QString("middle\nQVL-2 Angle: 45\nCounts: 5\nn1"));
         QCOMPARE(core.toolTipTextAt(QPoint(85 + 3, yAt5)), QString());
         QCOMPARE(core.toolTipTextAt(QPoint(85, yAt5 + 6)), QString());
+        Core wide; // X 0 .. 40: a pixel is 0.2, the X tolerance exactly 1
+        QVERIFY(wide.add("w", {0, 20, 40}, {0, 5, 10}, {}, {}, nullptr, {"a", "b", "c"}));
+        QCOMPARE(wide.toolTipTextAt(QPoint(140, yAt5)).section('\n', 0, 0), QString("b"));
         // Reference lines read out their position in data units.
         core.setXAxisLabel("Angle");
         core.setReferenceLineX(true);
