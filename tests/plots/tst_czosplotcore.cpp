@@ -1,7 +1,6 @@
 // The plot core without a window: range, tick and reduction arithmetic, both
 // layouts, zoom, texts, read-outs, data files, and the QPainter renderer that
 // draws the painted plot and every export.
-#include "czoslog.h"
 #include "czosplotcore.h"
 #include "czosplotpainter.h"
 
@@ -34,8 +33,8 @@ public:
         CZOSPlotCore::setReferenceLinePosX, CZOSPlotCore::setReferenceLinePosY, CZOSPlotCore::setReferenceLineX,
         CZOSPlotCore::setReferenceLineY, CZOSPlotCore::setShadedRectangleParams,
         CZOSPlotCore::setVisibleShadedRectangle, CZOSPlotCore::setYAxisFloor, CZOSPlotCore::toolTipTextAt,
-        CZOSPlotCore::writeDataToFile, CZOSPlotCore::removeMarkerY, CZOSPlotCore::convertObjectToNormalizedCoords,
-        CZOSPlotCore::convertNormalizedToObjectCoords, CZOSPlotCore::lineStrips;
+        CZOSPlotCore::writeDataToFile, CZOSPlotCore::removeMarkerY, CZOSPlotCore::lineStrips,
+        CZOSPlotCore::convertObjectToNormalizedCoords, CZOSPlotCore::convertNormalizedToObjectCoords;
     bool add(const QString &name, const V &x, const V &y, const V &ex = {}, const V &ey = {},
              const DISPLAY_SETTINGS *settings = nullptr, const QStringList &labels = {})
     {
@@ -111,10 +110,8 @@ private slots:
                                                               << V{1, -10, 3, 10};
         QTest::newRow("NaN and infinite points left out") << V{1, NaN, 3, Inf, 2} << V{1, 100, NaN, 5, 4} << V{}
                                                           << V{} << V{1, 1, 2, 4};
-        QTest::newRow("non-finite points among those with errors left out")
-            << V{NaN, 50, 2, 3} << V{100, NaN, 1, 2} << V{1, 1, 1, 1} << V{} << V{1, 1, 4, 2};
         QTest::newRow("non-finite error counts as 0") << V{1, 2} << V{1, 2} << V{NaN, Inf} << V{} << V{1, 1, 2, 2};
-        QTest::newRow("single point") << V{7} << V{3} << V{} << V{} << V{7, 3, 7, 3};
+        QTest::newRow("errors past the largest double") << V{1e308} << V{0} << V{1e308} << V{} << V{};
         QTest::newRow("nothing finite") << V{NaN, Inf} << V{1, 2} << V{} << V{} << V{};
     }
 
@@ -153,7 +150,8 @@ private slots:
         QVERIFY(!zosDetermineRanges(ZOSPlotExtent(), false).drawable);
         const ZOSPlotRanges z = zosViewRanges(r.extent, 1, 2, 3, 3 + 1e-13);
         QCOMPARE((V{z.xDisplayMin, z.xDisplayMax, z.yDisplayMin}), (V{1, 2, 3}));
-        QVERIFY(!z.drawable); // a span below 1e-12
+        QVERIFY(!z.drawable); // a span below 1e-12; one of 1e-12 still draws
+        QVERIFY(zosViewRanges(r.extent, 0, 1e-12, 0, 1e-12).drawable);
     }
 
     void tickLabels_data()
@@ -163,7 +161,6 @@ private slots:
         QTest::newRow("exponent 4 divides by 10^4") << 25000.0 << 0.0 << 5000.0 << 4 << "2.5";
         QTest::newRow("exponent -5 via doubleToString") << 3e-5 << 0.0 << 1e-6 << -5 << "3.0";
         QTest::newRow("integral axis truncates") << 7.0 << 0.0 << 1.0 << 1 << "7";
-        QTest::newRow("fractional step") << 0.25 << 0.0 << 0.05 << -1 << "0.25";
         QTest::newRow("nice minimum between 0 and 1") << 3.0 << 0.5 << 1.0 << 0 << "3.00";
         QTest::newRow("nice minimum 1 is integral") << 3.0 << 1.0 << 1.0 << 0 << "3";
         QTest::newRow("exponent 3 stays plain") << 2000.0 << 0.0 << 200.0 << 3 << "2000";
@@ -181,7 +178,6 @@ private slots:
         QFETCH(int, exponent);
         r.exponent = exponent;
         QTEST(zosTickLabel(value, r), "label");
-        QCOMPARE(zosUsesExponentFactor(exponent), exponent < -2 || exponent > 3);
     }
 
     void labelStep_data()
@@ -193,7 +189,6 @@ private slots:
         QTest::newRow("exact multiple not rounded up") << V{10, 100, 20, 1, 0} << 2.0;
         QTest::newRow("just past a multiple") << V{10, 100, 20.5, 1, 0} << 3.0;
         QTest::newRow("forced step rounds up to ticks") << V{10, 1000, 40, 1, 2.5} << 3.0;
-        QTest::newRow("forced exact multiple") << V{10, 1000, 40, 0.5, 2} << 2.0;
         QTest::newRow("no span") << V{0, 1000, 40, 1, 0} << 0.0;
         QTest::newRow("no tick step") << V{10, 1000, 40, 0, 0} << 0.0;
     }
@@ -226,8 +221,6 @@ private slots:
         // One pixel per data unit: x 0.0 .. 0.9 share column 0.
         QTest::newRow("one column keeps first, min, max, last")
             << V{0.0, 0.1, 0.2, 0.3, 0.4, 0.5} << V{5, 9, 1, 4, 7, 6} << false << true << I{0, 1, 2, 5, -1};
-        QTest::newRow("min before max keeps order") << V{0.0, 0.1, 0.2, 0.3} << V{5, 1, 9, 6} << false << true
-                                                    << I{0, 1, 2, 3, -1};
         QTest::newRow("last is the maximum") << V{0.0, 0.1, 0.2} << V{5, 0, 9} << false << true << I{0, 1, 2, -1};
         QTest::newRow("columns apart") << V{0.0, 1.0, 2.0} << V{1, 2, 3} << false << true << I{0, 1, 2, -1};
         QTest::newRow("negative columns") << V{-0.5, -0.2, 0.1} << V{1, 2, 3} << false << true << I{0, 1, 2, -1};
@@ -238,7 +231,6 @@ private slots:
                                                         << I{0, 1, 2, -1, 3, 4, -1};
         QTest::newRow("turning back kept connected otherwise") << V{1, 2, 3, 2, 3} << V{0, 0, 0, 0, 0} << false
                                                                << false << I{0, 1, 2, 3, 4, -1};
-        QTest::newRow("unreduced keeps all") << V{0.0, 0.1, 0.2} << V{3, 2, 1} << false << false << I{0, 1, 2, -1};
     }
 
     void reduction()
@@ -309,10 +301,6 @@ private slots:
             QVERIFY(!zosIsSortedAndFinite(x->constData(), y->constData(), 3));
         // Any missing array gives the empty answer, not a crash.
         QVERIFY(!zosIsSortedAndFinite(nullptr, up.constData(), 3) && !zosIsSortedAndFinite(up.constData(), nullptr, 3));
-        QVector<int> indices;
-        QCOMPARE(zosReducePolyline(up.constData(), nullptr, 3, ZOSAxisMap(0, 1, false, 0, 9), false, false, indices), 0);
-        QCOMPARE(zosQuvelArea(nullptr, up.constData(), 3) + zosQuvelArea(up.constData(), nullptr, 3), 0.0);
-        QCOMPARE(zosSumOfValues(nullptr, 3), 0.0);
     }
 
     void area_data()
@@ -342,14 +330,11 @@ private slots:
         QTest::addColumn<I>("input");   // low padding, legend, X label empty, X exponent, Y exponent
         QTest::addColumn<I>("margins"); // left, right, bottom, top
         // Font ascent 12, descent 3: text height 9; an X label needs 2 * 12 + 3 + 8 = 35 pixels.
-        QTest::newRow("default with legend") << I{0, 1, 1, 0, 0} << I{50, 40, 30, 50};
         QTest::newRow("default without legend") << I{0, 0, 1, 0, 0} << I{50, 40, 30, 31};
         QTest::newRow("low, empty X label") << I{1, 0, 1, 0, 0} << I{35, 15, 20, 14};
         QTest::newRow("low, X label") << I{1, 0, 0, 0, 0} << I{35, 15, 35, 14};
-        QTest::newRow("low, X exponent 4") << I{1, 0, 1, 4, 0} << I{35, 40, 20, 14};
-        QTest::newRow("low, X exponent 3") << I{1, 0, 1, 3, 0} << I{35, 15, 20, 14};
-        QTest::newRow("low, Y exponent") << I{1, 0, 1, 0, -4} << I{35, 15, 20, 50};
-        QTest::newRow("low with legend") << I{1, 1, 1, 0, 0} << I{35, 15, 20, 50};
+        QTest::newRow("low, X exponent 4") << I{1, 0, 1, 4, -2} << I{35, 40, 20, 14};
+        QTest::newRow("low, exponents 3 and -3") << I{1, 0, 1, 3, -3} << I{35, 15, 20, 50};
     }
 
     void glMargins()
@@ -383,10 +368,8 @@ private slots:
         QCOMPARE(s.displayMode, int(EDM_LINES));
         s.lineColor = Qt::green;
         QVERIFY(core.setDisplaySettings("a", s));
-        QVERIFY(!core.setDisplaySettings("zz", s) && !core.getDisplaySettings("zz", s));
         // A replaced line keeps its settings; given settings win.
         QVERIFY(core.add("a", {5, 6, 7}, {1, 1, 1}));
-        QCOMPARE(core.getNumberOfPlots(), 2);
         QCOMPARE(core.getPlotList().value("a")->nPoints, 3);
         QVERIFY(core.getDisplaySettings("a", s));
         QCOMPARE(s.lineColor, QColor(Qt::green));
@@ -398,13 +381,9 @@ private slots:
         QVERIFY(core.add("d", {1}, {1}));
         QVERIFY(core.getDisplaySettings("d", s) && core.getDisplaySettings("b", given));
         QCOMPARE((I{s.displayMode, given.displayMode, core.getCurrentDisplayMode()}), (I{0, 0, 0}));
-        QVERIFY(core.removeYErrorData("a") && !core.removeXErrorData("zz"));
-        QCOMPARE(core.getPlotList().value("a")->nYErrors, 0);
-        QVERIFY(!core.removeDataLine("zz"));
         const int changes = core.m_changes;
-        QVERIFY(core.removeDataLine("a"));
+        QVERIFY(core.removeDataLine("a") && !core.removeDataLine("a"));
         QVERIFY(core.m_changes > changes);
-        QCOMPARE(core.getNamesOfPlots().size(), 3);
         core.clear();
         QVERIFY(core.isEmpty());
     }
@@ -450,14 +429,12 @@ private slots:
             QCOMPARE(QPoint(wx, wy), p);
             QCOMPARE(x, (reversed ? 20 - (p.x() - a.left()) / plotW * 10 : 10 + (p.x() - a.left()) / plotW * 10));
         }
-        QCOMPARE(core.convertObjectToWindowWidth(5), qRound(plotW / 2));
-        QCOMPARE(core.convertObjectToWindowHeight(-50), qRound(plotH / 2));
-        QCOMPARE(core.convertWindowToObjectWidth(int(plotW)), 10.0);
-        QCOMPARE(core.convertWindowToObjectHeight(-int(plotH)), 100.0);
+        int sw = 0, sh = 0;
+        core.convertObjectToWindowSize(5, -50, sw, sh);
+        QCOMPARE((I{sw, sh}), (I{qRound(plotW / 2), qRound(plotH / 2)}));
         double sizeW = 0, sizeH = 0;
         core.convertWindowToObjectSize(int(plotW), -int(plotH), sizeW, sizeH);
-        QCOMPARE(sizeW, 10.0);
-        QCOMPARE(sizeH, 100.0);
+        QVERIFY(near(V{sizeW, sizeH}, V{10, 100}));
         double xr = 0, yr = 0;
         core.getXYRatios(xr, yr);
         QCOMPARE((V{xr, yr}), (V{10 / plotW, 100 / plotH}));
@@ -530,6 +507,10 @@ private slots:
         QVERIFY(!core.setView(1, 1, 0, 1) && !core.setView(0, 1, NaN, 1) && !core.setView(1e20, 1e20 + 1e6, 0, 1));
         QVERIFY(core.setView(-1, 1, -2, 2));
         QCOMPARE(displayed(), (V{-1, 1, -2, 2}));
+        double nx = 0, ny = 0, ox = 0, oy = 0; // fractions of the displayed range, and back
+        core.convertObjectToNormalizedCoords(0.5, 1, nx, ny);
+        core.convertNormalizedToObjectCoords(nx, ny, ox, oy);
+        QVERIFY(near(V{nx, ny, ox, oy}, V{0.75, 0.75, 0.5, 1}));
         QCOMPARE(core.getXTickLabels().first(), QString(reversed ? "0.80" : "-0.80")); // every other tick of 0.2
         // A zoomed view cuts the curve at the plot area's edges.
         core.showLegend(false);
@@ -538,6 +519,10 @@ private slots:
         const QRect inside = core.plotArea().adjusted(0, 0, 1, 1);
         QVERIFY(count(zoomed, Blue, inside) > 0);
         QCOMPARE(count(zoomed, Blue, zoomed.rect()), count(zoomed, Blue, inside));
+        core.showLegend(true); // drawn after the cut curves, outside the plot area
+        const QImage legend = core.render();
+        QCOMPARE(count(legend, Black, QRect(core.legendBox().topLeft(), QSize(core.legendBox().width(), 1))),
+                 core.legendBox().width());
         core.clear(); // new data, new automatic range
         QVERIFY(!core.isZoomed());
         core.zoomAt(QPointF(50, 50), 0.5); // nothing to zoom
@@ -602,13 +587,13 @@ private slots:
         const int yAt5 = 270 - 35 - 100;
         QCOMPARE(core.toolTipTextAt(QPoint(135, yAt5)), QString("right\nQVL-2 Angle: 90\nCounts: 5\nn2"));
         QCOMPARE(core.toolTipTextAt(QPoint(85, yAt5)), QString("middle\nQVL-2 Angle: 45\nCounts: 5\nn1"));
-        // Tolerances of 5 pixels of span: 2.5 pixels on X, whose look-up scales by the maximum.
-        QCOMPARE(core.toolTipTextAt(QPoint(85 + 2, yAt5 - 4)), QString("middle\nQVL-2 Angle: 45\nCounts: 5\nn1"));
+        // Tolerances of 5 pixels of span (inclusive): 2.5 pixels on X, whose look-up scales by the maximum.
+        QCOMPARE(core.toolTipTextAt(QPoint(85 + 2, yAt5 + 5)), QString("middle\nQVL-2 Angle: 45\nCounts: 5\nn1"));
         QCOMPARE(core.toolTipTextAt(QPoint(85 + 3, yAt5)), QString());
         QCOMPARE(core.toolTipTextAt(QPoint(85, yAt5 + 6)), QString());
-        QCOMPARE(zosToolTipPointX(10, 20, 70, 100), 10.0); // a zero-width plot area
-        QCOMPARE(zosToolTipPointY(10, 20, 70, 100), 10.0);
-        QCOMPARE(zosToolTipTolerance(10, 20, 70), 0.0);
+        Core wide; // X 0 .. 40: a pixel is 0.2, the X tolerance exactly 1
+        QVERIFY(wide.add("w", {0, 20, 40}, {0, 5, 10}, {}, {}, nullptr, {"a", "b", "c"}));
+        QCOMPARE(wide.toolTipTextAt(QPoint(140, yAt5)).section('\n', 0, 0), QString("b"));
         // Reference lines read out their position in data units.
         core.setXAxisLabel("Angle");
         core.setReferenceLineX(true);
@@ -632,121 +617,21 @@ private slots:
         QVERIFY(core.getQuvelPlotArea().isEmpty());
     }
 
-    void queriesLayOutFirst_data() { layout_data(); }
-
-    // Every query lays a changed plot out first: asked first, or after another, it answers the same.
-    void queriesLayOutFirst()
-    {
-        QFETCH(int, layout); QFETCH(bool, reversed);
-        const auto ranges = [](Core &c) { return V{c.getXDisplayMin(), c.getXDisplayMax(), c.getYDisplayMin(), c.getYDisplayMax()}; };
-        const QVector<std::function<V(Core &)>> queries{
-            [](Core &c) { int x = 0, y = 0; c.convertObjectToWindowCoords(13, 40, x, y); return V{double(x), double(y)}; },
-            [](Core &c) { double x = 0, y = 0; c.convertWindowToObjectCoords(90, 70, x, y); return V{x, y}; },
-            [](Core &c) { double x = 0, y = 0; c.convertObjectToNormalizedCoords(13, 40, x, y); return V{x, y}; },
-            [](Core &c) { double x = 0, y = 0; c.convertNormalizedToObjectCoords(0.3, 0.6, x, y); return V{x, y}; },
-            [](Core &c) { return V{double(c.convertObjectToWindowWidth(5))}; },
-            [](Core &c) { return V{double(c.convertObjectToWindowHeight(50))}; },
-            [](Core &c) { return V{c.convertWindowToObjectWidth(100)}; },
-            [](Core &c) { return V{c.convertWindowToObjectHeight(100)}; },
-            [](Core &c) { double x = 0, y = 0; c.getXYRatios(x, y); return V{x, y}; },
-            [](Core &c) { const ZOSPlotMargins m = c.getMargins(); return V{double(m.left + m.right), double(m.top)}; },
-            [](Core &c) { const QRectF w = c.getOrthoWindow(); return V{w.left(), w.top(), w.width()}; },
-            [](Core &c) { return V{c.getXDisplayMin()}; }, [](Core &c) { return V{c.getXDisplayMax()}; },
-            [](Core &c) { return V{c.getYDisplayMin()}; }, [](Core &c) { return V{c.getYDisplayMax()}; },
-            [](Core &c) { return V{c.getXRange().tickStep}; }, [](Core &c) { return V{c.getYRange().tickStep}; },
-            [](Core &c) { return V{double(c.getXTickLabels().size())}; },
-            [](Core &c) { return V{double(c.getYTickLabels().size())}; },
-            [](Core &c) { return V{double(c.toolTipTextAt(QPoint(60, 240)).size())}; },
-            [](Core &c) { return V{double(c.lineStrips("l").value(0).size())}; },
-            [=](Core &c) { c.zoomAt(QPointF(120, 90), 0.5); return ranges(c); },
-            [=](Core &c) { c.zoomToRect(QRectF(100, 100, 80, 60)); return ranges(c); },
-            [=](Core &c) { c.panBy(QPointF(100, 100), QPointF(140, 130)); return ranges(c); }};
-        for (int i = 0; i < queries.size(); ++i) {
-            Core first(EZOSPlotLayout(layout), QSize(400, 300)), after(EZOSPlotLayout(layout), QSize(400, 300));
-            for (Core *c : {&first, &after})
-                c->setXAxisReversed(reversed), c->add("l", {10, 13, 20}, {0, 40, 100}, {}, {}, nullptr, {"a", "b", "c"});
-            after.getMargins();
-            QVERIFY2(near(queries[i](first), queries[i](after)), qPrintable(QString::number(i)));
-        }
-    }
-
     // ---- the renderer -----------------------------------------------------------
-
-    void pointStyles_data()
-    {
-        QTest::addColumn<int>("style");
-        QTest::addColumn<P>("on"); // blue and white offsets from the point's pixel
-        QTest::addColumn<P>("off");
-        const P arms{{-4, 0}, {4, 0}, {0, -4}, {0, 4}};
-        QTest::newRow("plus") << int(EPS_PLUS) << arms << P{{3, 3}, {-3, -3}, {-3, 3}};
-        QTest::newRow("cross") << int(EPS_CROSS) << P{{-4, -4}, {4, 4}, {-4, 5}, {4, -3}} << P{{3, 0}, {0, 3}, {-3, 0}};
-        QTest::newRow("round") << int(EPS_ROUND) << arms << P{{-4, -4}, {5, 5}, {-4, 5}, {5, -4}};
-        QTest::newRow("square") << int(EPS_SQUARE) << P{{-4, -4}, {4, 4}, {-4, 4}, {4, -4}} << P{{5, 0}, {0, 5}, {-5, 0}, {0, -5}};
-    }
-
-    // The GL look draws each point style about the point's pixel.
-    void pointStyles()
-    {
-        QFETCH(P, on); QFETCH(P, off);
-        Core core(EZOSPlotLayout::Margins, QSize(300, 300));
-        DISPLAY_SETTINGS s;
-        s.displayMode = EDM_POINTS;
-        QFETCH(int, style);
-        s.pointStyle = style;
-        s.pointSize = 9;
-        QVERIFY(core.add("p", {0, 10, 20}, {0, 10, 20}, {}, {}, &s));
-        core.showLegend(false);
-        const QImage image = core.render();
-        const QPoint at(int(core.xMap().toPixel(10)), int(core.yMap().toPixel(10)));
-        for (const QPoint &d : on + off)
-            QVERIFY2(rgb(image, at.x() + d.x(), at.y() + d.y()) == (on.contains(d) ? Blue : White),
-                     qPrintable(QString("%1,%2").arg(d.x()).arg(d.y())));
-    }
-
-    void shadedRectangle_data()
-    {
-        QTest::addColumn<I>("params"); // visible, start, end (data units, 1 per pixel from 35)
-        QTest::addColumn<I>("columns"); // first and last shaded column; empty: none
-        QTest::newRow("inside") << I{1, 50, 100} << I{85, 135};
-        QTest::newRow("start left of the area is clipped") << I{1, -20, 100} << I{35, 135};
-        QTest::newRow("end past width - 70 runs to width - 35") << I{1, 50, 166} << I{85, 235};
-        QTest::newRow("end at width - 70 stays") << I{1, 50, 165} << I{85, 200};
-        QTest::newRow("end at 1 draws a sliver") << I{1, -20, 1} << I{35, 36};
-        QTest::newRow("end at 0 draws nothing") << I{1, -20, 0} << I{};
-        QTest::newRow("hidden") << I{0, 50, 100} << I{};
-    }
-
-    void shadedRectangle()
-    {
-        QFETCH(I, params); QFETCH(I, columns);
-        Core core; // X 0 .. 200 over 200 pixels
-        QVERIFY(core.add("l", {0, 200}, {0, 0})); // along the X axis
-        core.showLegend(false);
-        core.setShadedRectangleParams(params[1], params[2], QColor(0, 200, 0));
-        core.setVisibleShadedRectangle(params[0]);
-        const QImage image = core.render();
-        const QRgb green = 0x00C800;
-        if (columns.isEmpty()) {
-            QCOMPARE(count(image, green, image.rect()), 0);
-            return;
-        }
-        // Outlined and filled from column to column; the Y axis is drawn over column 35.
-        const int first = std::max(columns[0], 36);
-        QCOMPARE(count(image, green, QRect(0, 100, 270, 1)), columns[1] - first + 1);
-        QCOMPARE((QVector<QRgb>{rgb(image, first, 100), rgb(image, columns[1] + 1, 100)}), (QVector<QRgb>{green, White}));
-        QCOMPARE(count(image, green, QRect(first, 0, 1, 270)), 270 - 70); // y 35 .. 234 (the X axis at 235)
-    }
 
     void decorations()
     {
         Core core; // X 0 .. 200, Y 0 .. 100 on 270 x 270
         QVERIFY(core.add("l", {0, 200}, {0, 100}));
         core.showLegend(false);
+        const int changes = core.m_changes;
         core.setGridType(EGT_BOTH);
+        QVERIFY(core.m_changes > changes); // a repaint
         core.addMarkerX("MX", 50, Qt::green);
         core.addMarkerY("MY", 25, Qt::magenta);
         core.setReferenceLineX(true);
         core.setReferenceLinePosX(0.75);
+        core.setReferenceLinePosY(0.5); // but not shown
         const QImage image = core.render();
         const QRgb grey = QColor(Qt::lightGray).rgb() & 0xFFFFFF;
         for (double v : core.xLabelValues())
@@ -760,9 +645,10 @@ private slots:
         // Names: an X marker's right of its line at the top, a Y marker's above its line at the right end.
         const auto ink = [&](const QRect &r) { return count(image, White, r) + count(image, grey, r) < r.width() * r.height() - 4; };
         QVERIFY(ink(QRect(86, 36, 16, 14)) && ink(QRect(213, 170, 20, 14)) && !ink(QRect(236, 160, 34, 26)));
+        QVERIFY(!ink(QRect(213, 186, 20, 10)));
         QVERIFY(count(image, Red, QRect(185, 36, 1, 199)) >= 190);
         QVERIFY(count(image, Red, QRect(120, 250, 150, 20)) > 10); // the value text
-        QCOMPARE(count(image, Red, QRect(0, 0, 270, 34)), 0);
+        QCOMPARE(count(image, Red, QRect(0, 0, 270, 34)) + count(image, Red, QRect(36, 135, 198, 1)), 1);
         // A shaded rectangle on a range within 0 .. 1 still shows.
         Core unit;
         QVERIFY(unit.add("l", {0, 1}, {0, 0}));
@@ -822,22 +708,15 @@ private slots:
         QCOMPARE(count(image, Blue, QRect(300 - w, 3, 10, h)), 2 * 64);
         core.showLegend(false);
         QCOMPARE(count(core.render(), Blue, QRect(300 - w, 3, 10, h)), 0);
-        core.clear();
+        core.clear(); // no axes, only "No data available"
         const QImage empty = core.render();
         QCOMPARE(count(empty, Black, empty.rect()), 0);
-        int reddish = 0; // "No data available", antialiased
-        for (int y = 0; y < 300; ++y)
-            for (int x = 0; x < 300; ++x)
-                reddish += QRect(80, 130, 140, 40).contains(x, y) == (qRed(empty.pixel(x, y)) > 150 && qGreen(empty.pixel(x, y)) < 120);
-        QVERIFY(reddish > 300 * 300 - 140 * 40 + 20);
     }
 
     // ---- data files ------------------------------------------------------------
 
     void dataFiles()
     {
-        QVERIFY(CZOSLogEventHandler::install());
-        QCOMPARE(beginLog(QStringLiteral("plots")), 1);
         Core core;
         core.setTitle("Run");
         QVERIFY(core.add("A", {1, 2, 3}, {10, 20.5, 30}, {0.5}, {0.5, 0.25}));
@@ -869,12 +748,6 @@ private slots:
         QVERIFY(!core.saveCommaSeparated(bad.constData()));
         QVERIFY(!core.saveData(bad.constData(), true, ','));
         QVERIFY(!core.saveCommaSeparated(nullptr));
-        QCoreApplication::sendPostedEvents();
-        QFile log(getLogObject()->fileName());
-        closeLog();
-        QVERIFY(log.open(QIODevice::ReadOnly));
-        const QByteArray text = log.readAll();
-        QVERIFY2(text.contains("Unable to open file\n File:" + bad + "\n for saving plot data."), text.constData());
     }
 };
 
