@@ -144,6 +144,20 @@ private slots:
         }
     }
 
+    // Another program's 64-Mpixel image as one compressed tile: the tile buffer is as large as the image.
+    void readsOneLargeCompressedTile()
+    {
+        const int side = 8192;
+        QVERIFY(writeRawTiff(path("tile.tif"), "w", 16, 1, SAMPLEFORMAT_UINT, side, COMPRESSION_PACKBITS, side, side));
+        CILImage image;
+        QCOMPARE(image.loadTiff(path("tile.tif")), ES_SUCCESS);
+        QVERIFY(image.getWidth() == side && image.getHeight() == side);
+        for (int y = 0; y < side; y += 1361)
+            for (int x = 0; x < side; x += 97)
+                QCOMPARE(image.pixel(x, y), foreignPixel(x, y));
+        QFile::remove(path("tile.tif"));
+    }
+
     void failedLoadChangesNothing()
     {
         QVERIFY(writeRawTiff(path("8bit.tif"), "w", 8, 1, SAMPLEFORMAT_UINT));
