@@ -190,6 +190,8 @@ private slots:
         QFETCH(QString, kind); QFETCH(QString, suffix);
         Plot plot = makePlot(kind);
         QVERIFY(plot.add("trace", {0, 1, 2, 3}, {0, 3, 1, 2}));
+        if (auto *painted = qobject_cast<CZOSXYPlot *>(plot.widget.get()))
+            painted->addMarkerX("M", 1.5, Qt::green);
         const QString path = m_dir.filePath(kind + "." + suffix);
         const QSize size(640, 360);
         QVERIFY(plot.exportPlot(path, size));
@@ -203,6 +205,12 @@ private slots:
             QVERIFY(bytes.contains("<polyline") && bytes.contains("#0000ff"));
         } else if (suffix == "pdf") {
             QVERIFY(bytes.startsWith("%PDF-"));
+            // Every line has a width: a zero-width one prints as a hairline that all but vanishes.
+            QByteArray drawn;
+            for (int at = 0; (at = bytes.indexOf("\nstream\n", at) + 8) >= 8;)
+                if (bytes.at(at) == 'x') // zlib's first byte
+                    drawn += qUncompress(QByteArray("\0\x10\0\0", 4) + bytes.mid(at));
+            QVERIFY(drawn.contains(" w ") && !drawn.contains("\n0 w "));
         } else {
             const QImage image = QImage::fromData(bytes);
             QCOMPARE(image.size(), size);
