@@ -7,6 +7,9 @@
 
 #include <random>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace {
 
 const QStringList kHeader{QStringLiteral("id"), QStringLiteral("name"), QStringLiteral("value")};
@@ -195,6 +198,23 @@ private slots:
             QCOMPARE(parser.getCSVColumnValue(2, 2), QStringLiteral("20"));
             QCOMPARE(parser.getCSVRowNumber("4"), rows);
         }
+    }
+
+    // A process without standard input hands handle 0 to the next file it opens: here the staging file.
+    void stagingFileOnHandleZero()
+    {
+        QVERIFY(::fcntl(0, F_GETFD) != -1 || ::open("/dev/null", O_RDONLY) == 0);
+        const int parked = ::dup(0); // what the runner left on handle 0 (Qt's own, maybe) comes back afterwards
+        {
+            CZOSCSVParser parser(path("zero"), kHeader);
+            ::close(0);
+            QCOMPARE(parser.addRow({"1", "a", "10"}), ES_SUCCESS);
+            QCOMPARE(parser.setCSVColumnValue(1, 2, "11"), ES_SUCCESS);
+            QCOMPARE(readFile(path("zero")), QByteArray("id,name,value\r\n1,a,11\r\n"));
+            // The staging file stays open beside the table for the next change, as it does on any other handle.
+            QCOMPARE(QDir(m_dir.path()).entryList({".zero.csv.zosave-*"}, QDir::Files | QDir::Hidden).size(), 1);
+        }
+        QVERIFY(::dup2(parked, 0) == 0 && ::close(parked) == 0);
     }
 
     void withoutFile()
