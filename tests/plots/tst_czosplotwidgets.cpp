@@ -206,7 +206,7 @@ private slots:
         } else if (suffix == "pdf") {
             QVERIFY(bytes.startsWith("%PDF-"));
             // Every line has a width: a zero-width one prints as a hairline that all but vanishes.
-            QByteArray drawn;
+            QByteArray drawn; // qUncompress wants the size first: 1 MiB is room enough
             for (int at = 0; (at = bytes.indexOf("\nstream\n", at) + 8) >= 8;)
                 if (bytes.at(at) == 'x') // zlib's first byte
                     drawn += qUncompress(QByteArray("\0\x10\0\0", 4) + bytes.mid(at));

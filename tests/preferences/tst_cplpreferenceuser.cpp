@@ -5,7 +5,6 @@
 
 #include <QCryptographicHash>
 
-
 static QByteArray md5(const QByteArray &text)
 {
     return QCryptographicHash::hash(text, QCryptographicHash::Md5).toHex();
@@ -182,6 +181,29 @@ private slots:
         QScopedPointer<CPLPreferenceUser> again(reload("AB"));
         QVERIFY(again);
         QCOMPARE(again->getCustomSettingsSections().size(), user.getCustomSettingsSections().size());
+    }
+
+    void textEncodings_data()
+    {
+        QTest::addColumn<QString>("value"); QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("latin-1 stays latin-1") << QString::fromUtf8("caf\u00e9") << QByteArray("caf\xe9");
+        QTest::newRow("beyond latin-1 as utf-8") << QString::fromUtf8("\u6f22") << QByteArray("\xe6\xbc\xa2");
+        // These two Latin-1 bytes would read back as one UTF-8 character.
+        QTest::newRow("latin-1 that looks like utf-8") << QString::fromUtf8("\u00c3\u00a9") << QByteArray("\xc3\x83\xc2\xa9");
+    }
+
+    void textEncodings()
+    {
+        QFETCH(QString, value); QFETCH(QByteArray, bytes);
+        CPLPreferenceUser user(QStringLiteral("EN"), QString());
+        auto *section = new CPLSection(QStringLiteral("Text"));
+        section->setValue(QStringLiteral("v"), value);
+        user.addCustomSettingsSection(section);
+        QCOMPARE(user.saveData(), ES_SUCCESS);
+        QVERIFY(PrefsFolders::readFile(path("EN")).contains("*** Text:\r\nv:\t" + bytes + "\r\n"));
+        QScopedPointer<CPLPreferenceUser> loaded(reload("EN"));
+        QVERIFY(loaded);
+        QCOMPARE(loaded->getCustomSettingsSections().first()->value(QStringLiteral("v")), value);
     }
 
     void roiFileNumbers_data()

@@ -20,6 +20,17 @@ private slots:
         CZOPreference::setAppVersion(QString());
     }
 
+    // Two emitters stay crossed, as the host application expects: loading ROIs announces a user change.
+    void crossedEmitters()
+    {
+        CZOPreferenceSignal *h = CZOPreference::getSignalHandler();
+        QSignalSpy user(h, SIGNAL(userChanged())), active(h, SIGNAL(activeUserChanged()));
+        h->signalLoadRoi();
+        QVERIFY(user.count() == 1 && active.count() == 0);
+        h->signalUserChanged();
+        QVERIFY(user.count() == 1 && active.count() == 1);
+    }
+
     void viewSettingsFromTheProfile()
     {
         CPLPreferenceUser *user = PrefsFolders::activate(QStringLiteral("VW"));

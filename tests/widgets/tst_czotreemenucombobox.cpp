@@ -204,10 +204,16 @@ private slots:
         QTest::addColumn<QStringList>("logLines"); QTest::addColumn<bool>("rewritable");
         const QString shortLoad = "Load Failed: Expect to load 98 items, loaded  %1 items.";
         QTest::newRow("empty") << QByteArray() << 0 << QStringList{shortLoad.arg(0), "is not intact"} << false;
+        QTest::newRow("not XML") << QByteArray("GFP, RFP\n") << 0 << QStringList{shortLoad.arg(0), "at line 1"} << false;
         const QByteArray full = probeFile(120);
         QTest::newRow("truncated") << full.left(full.size() / 2) << -1 << QStringList{"Premature end of document"}
                                    << false;
         QTest::newRow("97 probes keep the tree") << probeFile(97) << 97 << QStringList{shortLoad.arg(97)} << true;
+        QByteArray deep = "<?xml version=\"1.0\"?>\n";
+        for (int i = 0; i < 10000; ++i)
+            deep += "<Category Name=\"L" + QByteArray::number(i) + "\">";
+        deep += "<PROBE Name=\"Bottom\"/>" + QByteArray("</Category>").repeated(10000);
+        QTest::newRow("10000 levels") << deep << 1 << QStringList{shortLoad.arg(1), "deeper than 32 levels"} << false;
     }
 
     void badFiles()
