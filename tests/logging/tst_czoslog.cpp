@@ -181,17 +181,20 @@ private slots:
 
     void unopenableFileWritesNothing_data()
     {
-        QTest::addColumn<QString>("relativePath"); QTest::addColumn<bool>("makeFolder");
-        QTest::newRow("a folder in the file's place") << "zoactivity.log" << true;
-        QTest::newRow("a missing folder") << "missing/zoactivity.log" << false;
-        QTest::newRow("statistics log cannot start: no file at all") << "zouserstats.csv" << true;
+        QTest::addColumn<QString>("relativePath"); QTest::addColumn<QString>("occupant"); // a folder, or a link's target
+        QTest::newRow("a folder in the file's place") << "zoactivity.log" << "folder";
+        QTest::newRow("a missing folder") << "missing/zoactivity.log" << "";
+        QTest::newRow("statistics log cannot start: no file at all") << "zouserstats.csv" << "folder";
+        QTest::newRow("statistics log cannot start: the disk refuses its header") << "zouserstats.csv" << "/dev/full";
     }
 
     void unopenableFileWritesNothing()
     {
-        QFETCH(QString, relativePath); QFETCH(bool, makeFolder);
-        if (makeFolder)
+        QFETCH(QString, relativePath); QFETCH(QString, occupant);
+        if (occupant == QLatin1String("folder"))
             QVERIFY(QDir(m_dir->path()).mkdir(relativePath));
+        else if (!occupant.isEmpty())
+            QVERIFY(QFile::link(occupant, m_dir->filePath(relativePath)));
         const bool started = beginLog(QStringLiteral("Test"));
         CZOSLog *log = getLogObject();
         QVERIFY(log);
@@ -203,7 +206,8 @@ private slots:
         log->log(QStringLiteral("goes nowhere"), QString(), 1, QString(), 2, true);
         QCOMPARE(log->warnings(), 1);
         closeLog();
-        QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), started ? QStringList{"zouserstats.csv"} : QStringList());
+        const bool linked = occupant.startsWith(QLatin1Char('/'));
+        QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), started || linked ? QStringList{"zouserstats.csv"} : QStringList());
     }
 
     void toolkitMessages()

@@ -29,7 +29,7 @@ QString csvField(const QString &text)
 bool appendRowLocked(const QString &row)
 {
     QFile file(userStatsFileName());
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Append))
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered))
         return false;
     const QByteArray bytes = row.toUtf8();
     return file.write(bytes) == bytes.size();
@@ -59,8 +59,9 @@ int beginUserStatLogging()
     const QString path = userStatsFileName();
     if (path.isEmpty())
         return 0;
+    // Unbuffered: a buffered header that a full disk refuses would be lost at close, unseen.
     QFile file(path);
-    if (!file.open(QIODevice::ReadWrite))
+    if (!file.open(QIODevice::ReadWrite | QIODevice::Unbuffered))
         return 0;
     if (file.size() == 0) {
         const QByteArray header = kHeader.toUtf8();
