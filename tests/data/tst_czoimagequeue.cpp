@@ -37,8 +37,7 @@ class TestImageQueue : public QObject
 private slots:
     void ring_data()
     {
-        QTest::addColumn<int>("capacity");
-        QTest::addColumn<int>("added");
+        QTest::addColumn<int>("capacity"); QTest::addColumn<int>("added");
         QTest::addColumn<QVector<int>>("slotContents"); // frame number in slot 0, 1, ...
 
         QTest::newRow("no frames") << 3 << 0 << QVector<int>{};
@@ -51,9 +50,7 @@ private slots:
 
     void ring()
     {
-        QFETCH(int, capacity);
-        QFETCH(int, added);
-        QFETCH(QVector<int>, slotContents);
+        QFETCH(int, capacity); QFETCH(int, added); QFETCH(QVector<int>, slotContents);
         const QString file = path("ring.bin");
         CZOImageQueue queue(file, quint64(capacity), kWidth, kHeight, ZOS_DT_UINT16);
         QVERIFY(queue.isImageQueueModInProcess());

@@ -81,8 +81,7 @@ private slots:
     void headerCheck_data()
     {
         QTest::addColumn<QByteArray>("before"); // "-" for no file
-        QTest::addColumn<QStringList>("header");
-        QTest::addColumn<QByteArray>("after");
+        QTest::addColumn<QStringList>("header"); QTest::addColumn<QByteArray>("after");
 
         const QByteArray fresh("id,name,value\r\n");
         QTest::newRow("new file") << QByteArray("-") << kHeader << fresh;
@@ -100,9 +99,7 @@ private slots:
 
     void headerCheck()
     {
-        QFETCH(QByteArray, before);
-        QFETCH(QStringList, header);
-        QFETCH(QByteArray, after);
+        QFETCH(QByteArray, before); QFETCH(QStringList, header); QFETCH(QByteArray, after);
         if (before != "-")
             QVERIFY(writeFile(path(), before));
         CZOSCSVParser parser(path(), header);
@@ -111,8 +108,7 @@ private slots:
 
     void agreesWithPlainModel_data()
     {
-        QTest::addColumn<quint32>("seed");
-        QTest::addColumn<int>("rows");
+        QTest::addColumn<quint32>("seed"); QTest::addColumn<int>("rows");
         QTest::newRow("small") << 1u << 30;
         QTest::newRow("medium") << 2u << 400;
         QTest::newRow("several read blocks") << 3u << 3000;
@@ -120,8 +116,7 @@ private slots:
 
     void agreesWithPlainModel()
     {
-        QFETCH(quint32, seed);
-        QFETCH(int, rows);
+        QFETCH(quint32, seed); QFETCH(int, rows);
         PlainModel model;
         const QByteArray start = messyTable(seed, rows, model);
         QVERIFY(writeFile(path(), start));

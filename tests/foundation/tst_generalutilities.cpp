@@ -58,9 +58,7 @@ private slots:
 
     void getDateTime_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QDateTime>("expected");
-        QTest::addColumn<bool>("valid");
+        QTest::addColumn<QString>("text"); QTest::addColumn<QDateTime>("expected"); QTest::addColumn<bool>("valid");
         const QDateTime stamp(QDate(2024, 1, 31), QTime(23, 59, 5), Qt::LocalTime);
         QTest::newRow("plain stamp") << "20240131235905" << stamp << true;
         QTest::newRow("three-letter prefix") << "abc20240131235905" << stamp << true;
@@ -75,9 +73,7 @@ private slots:
 
     void getDateTime()
     {
-        QFETCH(QString, text);
-        QFETCH(QDateTime, expected);
-        QFETCH(bool, valid);
+        QFETCH(QString, text); QFETCH(QDateTime, expected); QFETCH(bool, valid);
         const QDateTime result = ::getDateTime(text);
         QCOMPARE(result.isValid(), valid);
         if (valid)
@@ -95,9 +91,7 @@ private slots:
 
     void doubleToString_data()
     {
-        QTest::addColumn<double>("value");
-        QTest::addColumn<int>("decimals");
-        QTest::addColumn<int>("expDecimals");
+        QTest::addColumn<double>("value"); QTest::addColumn<int>("decimals"); QTest::addColumn<int>("expDecimals");
         QTest::addColumn<QString>("expected");
         QTest::newRow("zero takes exponent form") << 0.0 << 2 << 2 << "0.00e+00";
         QTest::newRow("10000 is the fixed form's open bound") << 12345.0 << 2 << 2 << "1.23e+04";
@@ -115,10 +109,7 @@ private slots:
 
     void doubleToString()
     {
-        QFETCH(double, value);
-        QFETCH(int, decimals);
-        QFETCH(int, expDecimals);
-        QFETCH(QString, expected);
+        QFETCH(double, value); QFETCH(int, decimals); QFETCH(int, expDecimals); QFETCH(QString, expected);
         const QString result = ::doubleToString(value, decimals, expDecimals);
         QCOMPARE(result, expected);
         QCOMPARE(result.isNull(), expected.isNull());
@@ -126,8 +117,7 @@ private slots:
 
     void adjustExpValue_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
+        QTest::addColumn<QString>("text"); QTest::addColumn<QString>("expected");
         QTest::newRow("three-digit exponent") << "1.50e+003" << "1.50e+03";
         QTest::newRow("two-digit exponent") << "1.50e+03" << "1.50e+03";
         QTest::newRow("one-digit exponent") << "1.50e+3" << "1.50e+03";
@@ -143,8 +133,7 @@ private slots:
 
     void adjustExpValue()
     {
-        QFETCH(QString, text);
-        QFETCH(QString, expected);
+        QFETCH(QString, text); QFETCH(QString, expected);
         ::adjustExpValue(text);
         QCOMPARE(text, expected);
     }
@@ -208,8 +197,7 @@ private slots:
 
     void shortenFolderNameForDisplay_data()
     {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QString>("expected");
+        QTest::addColumn<QString>("path"); QTest::addColumn<QString>("expected");
         const QString fifty = QStringLiteral("/aaaaaaaaaa/bbbbbbbbbb/cccccccccc/dddddddddd/eeeee"); // 50
         QTest::newRow("50 characters untouched") << fifty << fifty;
         QTest::newRow("short path keeps backslashes") << "C:\\data\\x" << "C:\\data\\x";
@@ -232,8 +220,7 @@ private slots:
 
     void shortenFolderNameForDisplay()
     {
-        QFETCH(QString, path);
-        QFETCH(QString, expected);
+        QFETCH(QString, path); QFETCH(QString, expected);
         ::shortenFolderNameForDisplay(path);
         QCOMPARE(path, expected);
         QVERIFY(path.size() <= 50 || path == expected);
@@ -259,8 +246,7 @@ private slots:
 
     void waveLength_data()
     {
-        QTest::addColumn<double>("nm");
-        QTest::addColumn<uint>("rgb");
+        QTest::addColumn<double>("nm"); QTest::addColumn<uint>("rgb");
         QTest::newRow("below the band") << 379.9 << 0xFF000000u;
         QTest::newRow("above the band") << 780.1 << 0xFF000000u;
         QTest::newRow("380 edge: dim violet") << 380.0 << 0xFF610061u;
@@ -276,16 +262,13 @@ private slots:
 
     void waveLength()
     {
-        QFETCH(double, nm);
-        QFETCH(uint, rgb);
+        QFETCH(double, nm); QFETCH(uint, rgb);
         QCOMPARE(QString::number(convertWaveLengthToRGB(nm), 16), QString::number(rgb, 16));
     }
 
     void intermediatePoints_data()
     {
-        QTest::addColumn<QPoint>("from");
-        QTest::addColumn<QPoint>("to");
-        QTest::addColumn<QString>("expected");
+        QTest::addColumn<QPoint>("from"); QTest::addColumn<QPoint>("to"); QTest::addColumn<QString>("expected");
         QTest::newRow("single point") << QPoint(0, 0) << QPoint(0, 0) << "0,0";
         QTest::newRow("(0,0)-(3,-1)") << QPoint(0, 0) << QPoint(3, -1) << "0,0 1,0 2,-1 3,-1";
         QTest::newRow("octant 1: shallow +x +y") << QPoint(0, 0) << QPoint(5, 2) << "0,0 1,0 2,1 3,1 4,2 5,2";
@@ -303,9 +286,7 @@ private slots:
 
     void intermediatePoints()
     {
-        QFETCH(QPoint, from);
-        QFETCH(QPoint, to);
-        QFETCH(QString, expected);
+        QFETCH(QPoint, from); QFETCH(QPoint, to); QFETCH(QString, expected);
         QStringList got;
         for (const Coord2d &p : getIntermediatePoints(from.x(), from.y(), to.x(), to.y()))
             got << QStringLiteral("%1,%2").arg(p.x).arg(p.y);
@@ -314,8 +295,7 @@ private slots:
 
     void intermediatePointsAreConnected_data()
     {
-        QTest::addColumn<QPoint>("from");
-        QTest::addColumn<QPoint>("to");
+        QTest::addColumn<QPoint>("from"); QTest::addColumn<QPoint>("to");
         QTest::newRow("long shallow") << QPoint(-20000, 5) << QPoint(30000, 12345);
         QTest::newRow("long steep") << QPoint(7, 40000) << QPoint(-3000, -10000);
         QTest::newRow("huge coordinates") << QPoint(2000000000, -2000000000) << QPoint(2000050000, -1999990000);
@@ -323,8 +303,7 @@ private slots:
 
     void intermediatePointsAreConnected()
     {
-        QFETCH(QPoint, from);
-        QFETCH(QPoint, to);
+        QFETCH(QPoint, from); QFETCH(QPoint, to);
         const QList<Coord2d> points = getIntermediatePoints(from.x(), from.y(), to.x(), to.y());
         QCOMPARE(points.size(), qMax(qAbs(to.x() - from.x()), qAbs(to.y() - from.y())) + 1);
         QCOMPARE(points.first(), Coord2d(from.x(), from.y()));

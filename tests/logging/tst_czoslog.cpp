@@ -58,8 +58,7 @@ private slots:
 
     void entries_data()
     {
-        QTest::addColumn<QStringList>("messages");
-        QTest::addColumn<QList<long>>("types");
+        QTest::addColumn<QStringList>("messages"); QTest::addColumn<QList<long>>("types");
         QTest::addColumn<QString>("written"); QTest::addColumn<int>("warnings"); QTest::addColumn<int>("errors");
         QTest::addColumn<bool>("userHook");
 

@@ -18,9 +18,7 @@ private slots:
     // Every range keeps the contract; rows with a step also give the exact result.
     void contract_data()
     {
-        QTest::addColumn<double>("min");
-        QTest::addColumn<double>("max");
-        QTest::addColumn<int>("maxTicks");
+        QTest::addColumn<double>("min"); QTest::addColumn<double>("max"); QTest::addColumn<int>("maxTicks");
         QTest::addColumn<QVector<double>>("nice"); // niceMin, niceMax, step, exponent
         QTest::newRow("span 1e-12 at zero") << 0.0 << 1e-12 << 20 << QVector<double>();
         QTest::newRow("span 1e-12 at one") << 1.0 << 1.0 + 1e-12 << 20 << QVector<double>();
@@ -39,10 +37,7 @@ private slots:
 
     void contract()
     {
-        QFETCH(double, min);
-        QFETCH(double, max);
-        QFETCH(int, maxTicks);
-        QFETCH(QVector<double>, nice);
+        QFETCH(double, min); QFETCH(double, max); QFETCH(int, maxTicks); QFETCH(QVector<double>, nice);
         tagZOSDisplayRange r;
         QVERIFY(getNiceRangeForDisplay(min, max, maxTicks, &r));
         const double lo = std::min(min, max);

@@ -308,10 +308,8 @@ private slots:
 
     void badFiles_data()
     {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<tag_estatus>("status");
-        QTest::addColumn<int>("sectionsKept");
+        QTest::addColumn<QString>("kind"); QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<tag_estatus>("status"); QTest::addColumn<int>("sectionsKept");
         const QByteArray a("*** A:\r\nk:\tv\r\n\r\n");
         QTest::newRow("empty") << "click" << QByteArray() << ES_NO_CLICKINFO_SECTIONS << 0;
         QTest::newRow("truncated in a key") << "click" << a + "*** B:\r\nExposure Ti" << ES_FORMAT_CHAR_NOT_FOUND << 1;
@@ -332,10 +330,7 @@ private slots:
 
     void badFiles()
     {
-        QFETCH(QString, kind);
-        QFETCH(QByteArray, bytes);
-        QFETCH(tag_estatus, status);
-        QFETCH(int, sectionsKept);
+        QFETCH(QString, kind); QFETCH(QByteArray, bytes); QFETCH(tag_estatus, status); QFETCH(int, sectionsKept);
         const QString path = m_dir + QStringLiteral("/ClickInfo.txt");
         QVERIFY(writeFile(path, bytes));
         if (kind == QLatin1String("sequence")) {

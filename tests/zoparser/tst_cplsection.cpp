@@ -21,12 +21,8 @@ class TestCPLSection : public QObject
 private slots:
     void typedReads_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("intOk");
-        QTest::addColumn<int>("intValue");
-        QTest::addColumn<bool>("doubleOk");
-        QTest::addColumn<double>("doubleValue");
-        QTest::addColumn<bool>("boolOk");
+        QTest::addColumn<QString>("text"); QTest::addColumn<bool>("intOk"); QTest::addColumn<int>("intValue");
+        QTest::addColumn<bool>("doubleOk"); QTest::addColumn<double>("doubleValue"); QTest::addColumn<bool>("boolOk");
         QTest::addColumn<bool>("boolValue");
 
         QTest::newRow("plain integer") << "42" << true << 42 << true << 42.0 << true << true;
@@ -42,13 +38,8 @@ private slots:
 
     void typedReads()
     {
-        QFETCH(QString, text);
-        QFETCH(bool, intOk);
-        QFETCH(int, intValue);
-        QFETCH(bool, doubleOk);
-        QFETCH(double, doubleValue);
-        QFETCH(bool, boolOk);
-        QFETCH(bool, boolValue);
+        QFETCH(QString, text); QFETCH(bool, intOk); QFETCH(int, intValue); QFETCH(bool, doubleOk);
+        QFETCH(double, doubleValue); QFETCH(bool, boolOk); QFETCH(bool, boolValue);
 
         CPLSection s(QStringLiteral("S"));
         QCOMPARE(s.setValue(QStringLiteral("k"), text), ES_SUCCESS);
@@ -132,8 +123,7 @@ private slots:
 
     void unstorableTextIsRefused_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("badName");
+        QTest::addColumn<QString>("text"); QTest::addColumn<bool>("badName");
         QTest::newRow("line feed") << "a\nb" << true;
         QTest::newRow("carriage return") << "a\rb" << true;
         QTest::newRow("colon tab") << "a:\tb" << true;
@@ -143,8 +133,7 @@ private slots:
 
     void unstorableTextIsRefused()
     {
-        QFETCH(QString, text);
-        QFETCH(bool, badName);
+        QFETCH(QString, text); QFETCH(bool, badName);
         CPLSection s(QStringLiteral("S"));
         QCOMPARE(s.setValue(text, QStringLiteral("v")), ES_INVALID_ARGUMENT);
         QCOMPARE(s.count(), 0);
@@ -161,11 +150,8 @@ private slots:
 
     void parse_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("comment");
-        QTest::addColumn<QStringList>("keys");
-        QTest::addColumn<QStringList>("values");
+        QTest::addColumn<QString>("text"); QTest::addColumn<QString>("name"); QTest::addColumn<QString>("comment");
+        QTest::addColumn<QStringList>("keys"); QTest::addColumn<QStringList>("values");
 
         const QStringList keys{"Exposure Time", "Path"};
         const QStringList values{"60 sec", "C:\\data: one"};
@@ -191,10 +177,7 @@ private slots:
 
     void parse()
     {
-        QFETCH(QString, text);
-        QFETCH(QString, name);
-        QFETCH(QString, comment);
-        QFETCH(QStringList, keys);
+        QFETCH(QString, text); QFETCH(QString, name); QFETCH(QString, comment); QFETCH(QStringList, keys);
         QFETCH(QStringList, values);
 
         tag_estatus status = ES_UNKNOWN_ERROR;
@@ -210,8 +193,7 @@ private slots:
 
     void badText_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<tag_estatus>("status");
+        QTest::addColumn<QString>("text"); QTest::addColumn<tag_estatus>("status");
         QTest::newRow("empty") << "" << ES_END_OF_BUFFER;
         QTest::newRow("header without colon") << "*** Camera\nk:\tv\n" << ES_FORMAT_CHAR_NOT_FOUND;
         QTest::newRow("header without name") << "*** :\nk:\tv\n" << ES_FORMAT_CHAR_NOT_FOUND;
@@ -222,8 +204,7 @@ private slots:
 
     void badText()
     {
-        QFETCH(QString, text);
-        QFETCH(tag_estatus, status);
+        QFETCH(QString, text); QFETCH(tag_estatus, status);
         tag_estatus got = ES_SUCCESS;
         QCOMPARE(CPLClickInfo::parseSectionFromBuffer(text, &got), nullptr);
         QCOMPARE(got, status);
@@ -239,8 +220,7 @@ private slots:
 
     void writeThenReadGivesSameSection_data()
     {
-        QTest::addColumn<QString>("comment");
-        QTest::addColumn<QString>("value");
+        QTest::addColumn<QString>("comment"); QTest::addColumn<QString>("value");
         QTest::newRow("plain") << "" << "60 sec";
         QTest::newRow("comment") << "(User Profile)" << "x";
         QTest::newRow("colon tab in value") << "" << "a:\tb";
@@ -251,8 +231,7 @@ private slots:
 
     void writeThenReadGivesSameSection()
     {
-        QFETCH(QString, comment);
-        QFETCH(QString, value);
+        QFETCH(QString, comment); QFETCH(QString, value);
         CPLSection s(QStringLiteral("Camera System Info"), comment);
         s.setValue(QStringLiteral("first"), value);
         s.setValue(QStringLiteral("k:"), QStringLiteral("after"));
