@@ -60,10 +60,9 @@ private slots:
 
     void readBias_data()
     {
-        QTest::addColumn<QStringList>("sections"); // "section|key=value"
-        QTest::addColumn<int>("pixelLow");          // image pixels pixelLow..pixelLow+10; -1: no image
-        QTest::addColumn<int>("status");
-        QTest::addColumn<float>("result");
+        // sections: "section|key=value"; pixelLow: image pixels pixelLow..pixelLow+10, -1 for no image.
+        QTest::addColumn<QStringList>("sections"); QTest::addColumn<int>("pixelLow");
+        QTest::addColumn<int>("status"); QTest::addColumn<float>("result");
         const QString dc = "darkcharge image|Read Bias Level=", rbo = "readbiasonly image|Read Bias Level=",
                       rb = "readbias image|Read Bias Level=";
         QTest::newRow("darkcharge first") << QStringList{rb + "7", rbo + "6", dc + "5"} << 1000 << 0 << 5.0f;
@@ -85,21 +84,17 @@ private slots:
             << (limits + QStringList{cam + "Data Multiplier=5"}) << 501 << 31 << 0.0f;
         QTest::newRow("multiplier needs the camera section")
             << QStringList{"readbias image|Data Multiplier=5"} << 1000 << 0 << 100.5f;
-        QTest::newRow("stored abc") << QStringList{dc + "abc"} << 1000 << 31 << 0.0f;
-        QTest::newRow("stored empty") << QStringList{rbo + ""} << 1000 << 31 << 0.0f;
-        QTest::newRow("stored 1e999") << QStringList{dc + "1e999"} << 1000 << 31 << 0.0f;
-        QTest::newRow("multiplier abc")
-            << (limits + QStringList{"readbias image|Data Multiplier=abc"}) << 1001 << 31 << 0.0f;
-        QTest::newRow("multiplier 0") << (limits + QStringList{"readbias image|Data Multiplier=0"}) << 1001 << 31 << 0.0f;
+        for (const QString &bad : {dc + "abc", rbo, dc + "1e999"})
+            QTest::newRow(qPrintable("stored " + bad)) << QStringList{bad} << 1000 << 31 << 0.0f;
+        for (const QString &bad : {"abc", "0"})
+            QTest::newRow(qPrintable("multiplier " + bad))
+                << (limits + QStringList{"readbias image|Data Multiplier=" + bad}) << 1001 << 31 << 0.0f;
         QTest::newRow("limit 60 sec") << QStringList{cam + "Read Bias Lower Limit=60 sec"} << 1001 << 31 << 0.0f;
     }
 
     void readBias()
     {
-        QFETCH(QStringList, sections);
-        QFETCH(int, pixelLow);
-        QFETCH(int, status);
-        QFETCH(float, result);
+        QFETCH(QStringList, sections); QFETCH(int, pixelLow); QFETCH(int, status); QFETCH(float, result);
         CPLClickInfo ci;
         for (const QString &entry : sections) {
             const QString name = entry.section('|', 0, 0);
@@ -121,8 +116,7 @@ private slots:
 
     void readSigma_data()
     {
-        QTest::addColumn<float>("lower");
-        QTest::addColumn<float>("upper");
+        QTest::addColumn<float>("lower"); QTest::addColumn<float>("upper");
         const float inf = std::numeric_limits<float>::infinity();
         QTest::newRow("strict integer limits") << 10.0f << 20.0f;
         QTest::newRow("fractional limits") << 9.5f << 1019.5f;
@@ -135,8 +129,7 @@ private slots:
 
     void readSigma()
     {
-        QFETCH(float, lower);
-        QFETCH(float, upper);
+        QFETCH(float, lower); QFETCH(float, upper);
         // Both limits and their neighbours, then random values. 67 x 13 pixels
         // reach the scalar tail after the vectors; 300 x 230 pixels cross the
         // vectors' widening of their partial sums, 640 x 480 high ones would
@@ -195,11 +188,8 @@ private slots:
 
     void flatField_data()
     {
-        QTest::addColumn<bool>("multiView");
-        QTest::addColumn<QStringList>("config");
-        QTest::addColumn<int>("capacity");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QString>("values");
+        QTest::addColumn<bool>("multiView"); QTest::addColumn<QStringList>("config"); QTest::addColumn<int>("capacity");
+        QTest::addColumn<int>("status"); QTest::addColumn<QString>("values");
         QTest::addColumn<QString>("logged"); // in the log afterwards; empty: nothing checked
         const QString table = "Shelf Position FOV Table=A=5;B=12.5;C=20";
         const QString ff5 = "Shelf Position B FF5 f/2 Coefs=", old = "Shelf Position B Flat Field f/2 Coefs=";
@@ -232,12 +222,8 @@ private slots:
 
     void flatField()
     {
-        QFETCH(bool, multiView);
-        QFETCH(QStringList, config);
-        QFETCH(int, capacity);
-        QFETCH(int, status);
-        QFETCH(QString, values);
-        QFETCH(QString, logged);
+        QFETCH(bool, multiView); QFETCH(QStringList, config); QFETCH(int, capacity);
+        QFETCH(int, status); QFETCH(QString, values); QFETCH(QString, logged);
         CPLClickInfo ci;
         ci.addSection(section("luminescent image", {"f Number=2", "Field of View=12.5", "Imaging Angle=0"}));
         ci.addSection(section("Camera System Info", config));
@@ -258,10 +244,8 @@ private slots:
 
     void shelfPosition_data()
     {
-        QTest::addColumn<QString>("table"); // null: no key
-        QTest::addColumn<QString>("fov");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QString>("shelf");
+        QTest::addColumn<QString>("table"); QTest::addColumn<QString>("fov"); // table null: no key
+        QTest::addColumn<int>("status"); QTest::addColumn<QString>("shelf");
         const QString t = " A = 5 ; B=12.5;C=20;";
         QTest::newRow("exact") << t << "12.5" << 0 << "B";
         QTest::newRow("written with 17 digits") << t << "12.500000000000002" << 0 << "B";
@@ -277,10 +261,7 @@ private slots:
 
     void shelfPosition()
     {
-        QFETCH(QString, table);
-        QFETCH(QString, fov);
-        QFETCH(int, status);
-        QFETCH(QString, shelf);
+        QFETCH(QString, table); QFETCH(QString, fov); QFETCH(int, status); QFETCH(QString, shelf);
         CPLSection camera("Camera System Info");
         if (!table.isNull())
             camera.setValue("Shelf Position FOV Table", table);
@@ -293,8 +274,7 @@ private slots:
     {
         // A 6x5 image with pixel value 10x + 100y, defects set to 9999. A linear
         // image repairs to itself inside; "x,y=v" lists the pixels that differ.
-        QTest::addColumn<QStringList>("map");
-        QTest::addColumn<QString>("changed");
+        QTest::addColumn<QStringList>("map"); QTest::addColumn<QString>("changed");
         QTest::newRow("column between good ones") << QStringList{"Defect Map Columns=2"} << "";
         QTest::newRow("two columns interpolated, edge copied")
             << QStringList{"Defect Map Columns= 3;0;2-3 ;"} << "0,0=10 0,1=110 0,2=210 0,3=310 0,4=410";
@@ -365,8 +345,7 @@ private slots:
         QCOMPARE(int(updateDarkChargeImageSection(ci, IT_LUMINESCENT, &bias)), 0);
         const CPLSection *dark = ci.getSection("darkcharge image");
         QCOMPARE(dark->keys(), (QStringList{"File Name", "f Number", "Exposure Time", "Binning Factor", "Read Bias Level"}));
-        QCOMPARE(dark->value("f Number"), QString("1"));
-        QCOMPARE(dark->value("Exposure Time"), QString("60 sec"));
+        QCOMPARE((QStringList{dark->value("f Number"), dark->value("Exposure Time")}), (QStringList{"1", "60 sec"}));
         float measured = 0;
         QCOMPARE(int(measureReadBias(ci, nullptr, &measured)), 0);
         QCOMPARE(measured, bias);
