@@ -10,14 +10,6 @@
 #include <QPushButton>
 #include <QTimer>
 
-static QStringList comboItems(const CZOSUserIDDialog *dialog)
-{
-    QStringList items;
-    for (int i = 0; i < dialog->userComboBox()->count(); ++i)
-        items << dialog->userComboBox()->itemText(i);
-    return items;
-}
-
 class TestCPLPreferenceManager : public QObject
 {
     Q_OBJECT
@@ -181,7 +173,8 @@ private slots:
         // Nobody to choose: "_none_" is the only entry and chooses nobody.
         QStringList items;
         answerDialog([&items](CZOSUserIDDialog *dialog) {
-            items = comboItems(dialog);
+            for (int i = 0; i < dialog->userComboBox()->count(); ++i)
+                items << dialog->userComboBox()->itemText(i);
             dialog->accept();
         });
         QCOMPARE(manager()->selectUser(QString()), ES_UNKNOWN_ERROR);

@@ -101,9 +101,7 @@ private slots:
         assigned = user;
         fromPointer = &user;
         const QString before = snapshot(user);
-        QCOMPARE(snapshot(made), before);
-        QCOMPARE(snapshot(assigned), before);
-        QCOMPARE(snapshot(fromPointer), before);
+        QCOMPARE(snapshot(made) + snapshot(assigned) + snapshot(fromPointer), before.repeated(3));
         QCOMPARE(flags(made) + flags(assigned) + flags(fromPointer), flags(user).repeated(3));
         QCOMPARE(flags(user), QStringLiteral("1101"));
         general->setValue(QStringLiteral("MRU Size"), QStringLiteral("9"));
@@ -146,8 +144,7 @@ private slots:
 
     void damagedProfilesLoad_data()
     {
-        QTest::addColumn<QByteArray>("bytes"); QTest::addColumn<QStringList>("sections");
-        QTest::addColumn<QString>("group");
+        QTest::addColumn<QByteArray>("bytes"); QTest::addColumn<QStringList>("sections"); QTest::addColumn<QString>("group");
         QByteArray binary;
         for (int i = 0; i < 4096; ++i)
             binary += char((i * 131 + 7) % 256);
