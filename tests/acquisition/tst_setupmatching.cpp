@@ -234,8 +234,7 @@ private slots:
         other.setValue("Binning Factor", "2");
         QList<CPLSection *> list{&other, &old, &recent};
         QCOMPARE(getMatchingBkgImageSection(list, &wanted), matches ? &recent : nullptr);
-        QList<CPLSection *> onlyOld{&old};
-        QVERIFY(!getMatchingBkgImageSection(onlyOld, &wanted));
+        QVERIFY(!getMatchingBkgImageSection({&old}, &wanted));
         wanted.demandTemperature = "-80";
         QVERIFY(!getMatchingBkgImageSection(list, &wanted));
     }

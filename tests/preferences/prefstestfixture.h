@@ -44,6 +44,15 @@ struct PrefsFolders {
         return manager->setActiveUser(unsigned(index)) == ES_SUCCESS ? CZOPreference::getActiveUser() : nullptr;
     }
 
+    // A new section holding `values`, in their order.
+    static CPLSection *section(const QString &name, const QList<QPair<QString, QString>> &values)
+    {
+        auto *section = new CPLSection(name);
+        for (const auto &[key, value] : values)
+            section->setValue(key, value);
+        return section;
+    }
+
     void writeFile(const QString &path, const QByteArray &bytes) const
     {
         QDir().mkpath(QFileInfo(path).absolutePath());

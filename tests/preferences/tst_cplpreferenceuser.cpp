@@ -83,12 +83,10 @@ private slots:
         QCOMPARE(user.setActiveLabelData(1), ES_SUCCESS);
         user[0]->operator[](1)->setValue(QStringLiteral("Study 4"));
         user[1]->operator[](1)->setValue(QStringLiteral("12 weeks"));
-        auto *general = new CPLSection(QStringLiteral("general user setting")); // any case counts as present
-        general->setValue(QStringLiteral("MRU Size"), QStringLiteral("7"));
+        CPLSection *general = PrefsFolders::section("general user setting", {{"MRU Size", "7"}}); // any case counts
         user.addCustomSettingsSection(general);
-        auto *paths = new CPLSection(QStringLiteral("Application Related Paths"));
-        paths->setValue(QStringLiteral("Preferred working Directory"), QStringLiteral("/data/work"));
-        user.addCustomSettingsSection(paths);
+        user.addCustomSettingsSection(
+            PrefsFolders::section("Application Related Paths", {{"Preferred working Directory", "/data/work"}}));
         auto *notes = new CPLSection(QStringLiteral("Notes"), QStringLiteral("comment"));
         notes->setValue(QStringLiteral("Text"), QStringLiteral("line one\nline two: with\tTAB"));
         notes->setValue(QStringLiteral("Empty"), QString());
@@ -193,9 +191,7 @@ private slots:
     {
         QFETCH(QString, value); QFETCH(QByteArray, bytes);
         CPLPreferenceUser user(QStringLiteral("EN"), QString());
-        auto *section = new CPLSection(QStringLiteral("Text"));
-        section->setValue(QStringLiteral("v"), value);
-        user.addCustomSettingsSection(section);
+        user.addCustomSettingsSection(PrefsFolders::section("Text", {{"v", value}}));
         QCOMPARE(user.saveData(), ES_SUCCESS);
         QVERIFY(PrefsFolders::readFile(path("EN")).contains("*** Text:\r\nv:\t" + bytes + "\r\n"));
         QScopedPointer<CPLPreferenceUser> loaded(reload("EN"));

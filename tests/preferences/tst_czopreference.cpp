@@ -24,13 +24,11 @@ private slots:
     {
         CPLPreferenceUser *user = PrefsFolders::activate(QStringLiteral("VW"));
         QVERIFY(user);
-        auto *section = new CPLSection(QStringLiteral("3D View Preferences"));
-        for (auto kv : {std::pair("3D View Background Color Type", "2"), {"3D View Background Solid Color", "10 20"},
-                        {"Fluor Color table", "Grays"}, {"Fluor Color Table", "wrong case is another key"},
-                        {"Lumin Reverse Checkbox", "0"}, {"3DVolume Reverse CheckBox", "5"}, {"2D Text Size", "twelve"},
-                        {"3D Text Size", "14"}})
-            section->setValue(kv.first, kv.second);
-        user->addCustomSettingsSection(section);
+        user->addCustomSettingsSection(PrefsFolders::section(
+            "3D View Preferences", {{"3D View Background Color Type", "2"}, {"3D View Background Solid Color", "10 20"},
+                                    {"Fluor Color table", "Grays"}, {"Fluor Color Table", "wrong case is another key"},
+                                    {"Lumin Reverse Checkbox", "0"}, {"3DVolume Reverse CheckBox", "5"},
+                                    {"2D Text Size", "twelve"}, {"3D Text Size", "14"}}));
         QCOMPARE(user->saveData(), ES_SUCCESS);
 
         S3DViewSettings s;
@@ -114,11 +112,9 @@ private slots:
     void mruSizeRules()
     {
         QFETCH(QString, fileList); QFETCH(QString, mruSize); QFETCH(int, size);
-        auto *general = new CPLSection("General User Setting");
-        general->setValue("Save File List", fileList);
-        general->setValue("MRU Size", mruSize);
-        general->setValue("WindowPrefWidthInPercent", "");
-        QVERIFY(PrefsFolders::activate("MR", general));
+        QVERIFY(PrefsFolders::activate("MR", PrefsFolders::section("General User Setting", {{"Save File List", fileList},
+                                                                                          {"MRU Size", mruSize},
+                                                                                          {"WindowPrefWidthInPercent", ""}})));
         settings()->readCustomizeInfo();
         QCOMPARE(settings()->getCustomizeInfo()->nMRUSize, size);
         QCOMPARE(settings()->getCustomizeInfo()->nWndPrefWidthPercent, 55);
@@ -190,9 +186,7 @@ private slots:
 
     void customizeInfoKeepsOtherKeys()
     {
-        auto *general = new CPLSection("General User Setting");
-        general->setValue("Own Key", "kept");
-        general->setValue("Dock Left", "yes");
+        CPLSection *general = PrefsFolders::section("General User Setting", {{"Own Key", "kept"}, {"Dock Left", "yes"}});
         CPLPreferenceUser *user = PrefsFolders::activate("CK", general);
         settings()->readCustomizeInfo();
         QVERIFY(!settings()->isDockedRight());
