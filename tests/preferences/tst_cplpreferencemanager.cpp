@@ -50,23 +50,17 @@ private slots:
         QCOMPARE(count, users.size());
     }
 
-    void profileDirectoryIsMadeAndTheObsoleteOneRemoved()
-    {
-        m_folders.writeFile(m_folders.appDir() + "/user profiles/old/JD.txt", "x");
-        QCOMPARE(m_folders.load(), ES_SUCCESS);
-        QVERIFY(QFileInfo(m_folders.profileDir()).isDir());
-        QCOMPARE(CZOPreference::getUserProfileDirPath(), m_folders.profileDir());
-        QVERIFY(!QFileInfo::exists(m_folders.appDir() + "/user profiles"));
-    }
-
     void profilesAreCarriedOver()
     {
-        // Per-user profiles are moved over, replacing what is there.
+        // Per-user profiles are moved over, replacing what is there; the obsolete folder goes.
         const QByteArray header = "*** User Input:\t(User Profile)\r\n\r\n";
         m_folders.writeFile(m_folders.profilesFolder() + "OL.txt", header + "*** Old:\r\n\r\n");
         m_folders.writeFile(m_folders.appData() + "/Tessaly/Zolvane/profiles/OL.txt", header + "*** New:\r\n\r\n");
         m_folders.writeFile(m_folders.appData() + "/Tessaly/Zolvane/profiles/NW.txt", header);
+        m_folders.writeFile(m_folders.appDir() + "/user profiles/old/JD.txt", "x");
         QCOMPARE(m_folders.load(), ES_SUCCESS);
+        QCOMPARE(CZOPreference::getUserProfileDirPath(), m_folders.profileDir());
+        QVERIFY(!QFileInfo::exists(m_folders.appDir() + "/user profiles"));
         QCOMPARE(manager()->userCount(), 2);
         QVERIFY(PrefsFolders::readFile(m_folders.profilesFolder() + "OL.txt").contains("*** New:"));
         QVERIFY(!QFileInfo::exists(m_folders.appData() + "/Tessaly"));
