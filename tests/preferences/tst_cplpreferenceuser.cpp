@@ -217,8 +217,7 @@ private slots:
         CPLPreferenceUser user(QStringLiteral("RO"), QString());
         QString folder;
         QCOMPARE(CPLPreferenceUser::getRoiFolderForUser(QStringLiteral("RO"), &folder), ES_SUCCESS);
-        QDir().mkpath(folder);
-        for (const QString &entry : entries)
+        for (const QString &entry : entries) // each write makes the folder
             m_folders.writeFile(folder + "/" + entry, "x");
         QString fileName;
         QCOMPARE(user.getNextRoiFileNameFromUserFolder(folder, &fileName), ES_SUCCESS);

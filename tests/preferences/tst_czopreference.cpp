@@ -17,7 +17,6 @@ private slots:
     void cleanup()
     {
         CZOPreference::getPreferenceManager()->setActiveUserToNone();
-        CZOPreference::setAppVersion(QString());
     }
 
     void viewSettingsFromTheProfile()
