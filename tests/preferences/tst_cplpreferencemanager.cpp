@@ -97,7 +97,6 @@ private slots:
     void addUserRules()
     {
         QFETCH(QString, name); QFETCH(int, status); QFETCH(int, count); QFETCH(QString, active);
-        QCOMPARE(m_folders.load(), ES_SUCCESS);
         QCOMPARE(manager()->addUser(QStringLiteral("AB"), QStringLiteral("pw")), ES_SUCCESS);
         int index = -2;
         QCOMPARE(int(manager()->addUser(name, &index, QStringLiteral("pw"))), status);
@@ -109,7 +108,6 @@ private slots:
 
     void activationLogsInAndTheLogLogsOut()
     {
-        QCOMPARE(m_folders.load(), ES_SUCCESS);
         QCOMPARE(beginLog(QStringLiteral("Test")), 1);
         QCOMPARE(manager()->addUser(QStringLiteral("jd"), QString()), ES_SUCCESS);
         QCOMPARE(manager()->setActiveUser(1), ES_INVALID_INPUT);
@@ -131,7 +129,6 @@ private slots:
 
     void deletingUsers()
     {
-        QCOMPARE(m_folders.load(), ES_SUCCESS);
         for (const char *name : {"AA", "BB", "CC"}) {
             int index = -1;
             QCOMPARE(manager()->addUser(name, &index, QString()), ES_SUCCESS);
@@ -162,7 +159,6 @@ private slots:
 
     void selectionThroughTheDialog()
     {
-        QCOMPARE(m_folders.load(), ES_SUCCESS);
         // Nobody to choose: "_none_" is the only entry and chooses nobody.
         QStringList items;
         answerDialog([&items](CZOSUserIDDialog *dialog) {
@@ -199,7 +195,6 @@ private slots:
 
     void labelData()
     {
-        QCOMPARE(m_folders.load(), ES_SUCCESS);
         QString text = "*** User Label Name Set:\tMice\r\nStrain:\t\r\nAge:\t\r\n\r\n"
                        "*** User Label Name Set:\tPlates\r\nWell:\t\r\n\r\n";
         QCOMPARE(manager()->loadLabelData(&text), ES_SUCCESS);
