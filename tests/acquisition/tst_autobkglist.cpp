@@ -56,8 +56,7 @@ private slots:
 
     void lineFilter_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<Records>("records");
+        QTest::addColumn<QByteArray>("bytes"); QTest::addColumn<Records>("records");
         const SAutoBkgListInfo first("1", "a", "2", "c"), second("3", "e", "4", "g");
         QTest::newRow("six fields") << QByteArray("#T\n#Binning Key\n\n1,a,2,b,c,d\n") << Records{first};
         QTest::newRow("untrimmed") << QByteArray("-1,a ,2, b , c ,") << Records{SAutoBkgListInfo("-1", "a ", "2", " c ")};

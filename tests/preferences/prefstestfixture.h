@@ -1,5 +1,6 @@
 #pragma once
-// Points the data folder, ALLUSERSPROFILE, APPDATA and the application folder into one temporary folder.
+// Points the data folder, ALLUSERSPROFILE, APPDATA and the application folder into one temporary folder,
+// and loads the (empty) store from there.
 
 #include "cplpreferencemanager.h"
 #include "cplpreferenceuser.h"
@@ -23,6 +24,7 @@ struct PrefsFolders {
         qputenv("ALLUSERSPROFILE", allUsers().toUtf8());
         qputenv("APPDATA", appData().toUtf8());
         QDir().mkpath(appDir());
+        QCOMPARE(load(), ES_SUCCESS);
     }
     QString allUsers() const { return dir->filePath(QStringLiteral("all")); }
     QString appData() const { return dir->filePath(QStringLiteral("roaming")); }
@@ -42,6 +44,15 @@ struct PrefsFolders {
         if (section)
             (*manager)[unsigned(index)]->addCustomSettingsSection(section);
         return manager->setActiveUser(unsigned(index)) == ES_SUCCESS ? CZOPreference::getActiveUser() : nullptr;
+    }
+
+    // A new section holding `values`, in their order.
+    static CPLSection *section(const QString &name, const QList<QPair<QString, QString>> &values)
+    {
+        auto *section = new CPLSection(name);
+        for (const auto &[key, value] : values)
+            section->setValue(key, value);
+        return section;
     }
 
     void writeFile(const QString &path, const QByteArray &bytes) const

@@ -7,16 +7,7 @@
 
 #include <QComboBox>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QTimer>
-
-static QStringList comboItems(const CZOSUserIDDialog *dialog)
-{
-    QStringList items;
-    for (int i = 0; i < dialog->userComboBox()->count(); ++i)
-        items << dialog->userComboBox()->itemText(i);
-    return items;
-}
 
 class TestCPLPreferenceManager : public QObject
 {
@@ -58,23 +49,17 @@ private slots:
         QCOMPARE(count, users.size());
     }
 
-    void profileDirectoryIsMadeAndTheObsoleteOneRemoved()
-    {
-        m_folders.writeFile(m_folders.appDir() + "/user profiles/old/JD.txt", "x");
-        QCOMPARE(m_folders.load(), ES_SUCCESS);
-        QVERIFY(QFileInfo(m_folders.profileDir()).isDir());
-        QCOMPARE(CZOPreference::getUserProfileDirPath(), m_folders.profileDir());
-        QVERIFY(!QFileInfo::exists(m_folders.appDir() + "/user profiles"));
-    }
-
     void profilesAreCarriedOver()
     {
-        // Per-user profiles are moved over, replacing what is there.
+        // Per-user profiles are moved over, replacing what is there; the obsolete folder goes.
         const QByteArray header = "*** User Input:\t(User Profile)\r\n\r\n";
         m_folders.writeFile(m_folders.profilesFolder() + "OL.txt", header + "*** Old:\r\n\r\n");
         m_folders.writeFile(m_folders.appData() + "/Tessaly/Zolvane/profiles/OL.txt", header + "*** New:\r\n\r\n");
         m_folders.writeFile(m_folders.appData() + "/Tessaly/Zolvane/profiles/NW.txt", header);
+        m_folders.writeFile(m_folders.appDir() + "/user profiles/old/JD.txt", "x");
         QCOMPARE(m_folders.load(), ES_SUCCESS);
+        QCOMPARE(CZOPreference::getUserProfileDirPath(), m_folders.profileDir());
+        QVERIFY(!QFileInfo::exists(m_folders.appDir() + "/user profiles"));
         QCOMPARE(manager()->userCount(), 2);
         QVERIFY(PrefsFolders::readFile(m_folders.profilesFolder() + "OL.txt").contains("*** New:"));
         QVERIFY(!QFileInfo::exists(m_folders.appData() + "/Tessaly"));
@@ -112,7 +97,6 @@ private slots:
     void addUserRules()
     {
         QFETCH(QString, name); QFETCH(int, status); QFETCH(int, count); QFETCH(QString, active);
-        QCOMPARE(m_folders.load(), ES_SUCCESS);
         QCOMPARE(manager()->addUser(QStringLiteral("AB"), QStringLiteral("pw")), ES_SUCCESS);
         int index = -2;
         QCOMPARE(int(manager()->addUser(name, &index, QStringLiteral("pw"))), status);
@@ -124,7 +108,6 @@ private slots:
 
     void activationLogsInAndTheLogLogsOut()
     {
-        QCOMPARE(m_folders.load(), ES_SUCCESS);
         QCOMPARE(beginLog(QStringLiteral("Test")), 1);
         QCOMPARE(manager()->addUser(QStringLiteral("jd"), QString()), ES_SUCCESS);
         QCOMPARE(manager()->setActiveUser(1), ES_INVALID_INPUT);
@@ -146,7 +129,6 @@ private slots:
 
     void deletingUsers()
     {
-        QCOMPARE(m_folders.load(), ES_SUCCESS);
         for (const char *name : {"AA", "BB", "CC"}) {
             int index = -1;
             QCOMPARE(manager()->addUser(name, &index, QString()), ES_SUCCESS);
@@ -177,11 +159,11 @@ private slots:
 
     void selectionThroughTheDialog()
     {
-        QCOMPARE(m_folders.load(), ES_SUCCESS);
         // Nobody to choose: "_none_" is the only entry and chooses nobody.
         QStringList items;
         answerDialog([&items](CZOSUserIDDialog *dialog) {
-            items = comboItems(dialog);
+            for (int i = 0; i < dialog->userComboBox()->count(); ++i)
+                items << dialog->userComboBox()->itemText(i);
             dialog->accept();
         });
         QCOMPARE(manager()->selectUser(QString()), ES_UNKNOWN_ERROR);
@@ -213,7 +195,6 @@ private slots:
 
     void labelData()
     {
-        QCOMPARE(m_folders.load(), ES_SUCCESS);
         QString text = "*** User Label Name Set:\tMice\r\nStrain:\t\r\nAge:\t\r\n\r\n"
                        "*** User Label Name Set:\tPlates\r\nWell:\t\r\n\r\n";
         QCOMPARE(manager()->loadLabelData(&text), ES_SUCCESS);

