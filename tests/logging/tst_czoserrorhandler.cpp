@@ -69,20 +69,6 @@ private slots:
             QGuiApplication::restoreOverrideCursor();
     }
 
-    // Every value but the reserved ones has a text, no two alike; values past either end have none.
-    void statusTexts()
-    {
-        QVERIFY(CZOSErrorHandler::statusText(tag_estatus(-1)).isEmpty());
-        QVERIFY(CZOSErrorHandler::statusText(tag_estatus(ES_STATUS_COUNT)).isEmpty());
-        QSet<QString> seen;
-        for (int s = 0; s < ES_STATUS_COUNT; ++s) {
-            const QString t = CZOSErrorHandler::statusText(tag_estatus(s));
-            QCOMPARE(t.isEmpty(), s == 77 || s == 78);
-            seen.insert(t);
-        }
-        QCOMPARE(seen.size(), ES_STATUS_COUNT - 1);
-    }
-
     void errorMessageShowsTextDetailAndGuards()
     {
         QMainWindow hidden; // not shown: still the parent of an error message
