@@ -313,7 +313,6 @@ private slots:
         QTEST(zosIsXAxisEvenlySpaced(x.constData(), x.size()), "even");
         QFETCH(double, area);
         QCOMPARE(zosQuvelArea(x.constData(), y.constData(), x.size()), area);
-        QCOMPARE(zosSumOfValues(y.constData(), y.size()), std::accumulate(y.cbegin(), y.cend(), 0.0));
     }
 
     void glMargins_data()
@@ -645,7 +644,6 @@ private slots:
         QTest::newRow("inset, lines") << int(EZOSPlotLayout::Inset) << int(EDM_LINES);
         QTest::newRow("inset, points") << int(EZOSPlotLayout::Inset) << int(EDM_POINTS);
         QTest::newRow("margins, points and lines") << int(EZOSPlotLayout::Margins) << int(EDM_POINTS_AND_LINES);
-        QTest::newRow("margins, points") << int(EZOSPlotLayout::Margins) << int(EDM_POINTS);
     }
 
     void curvesAndLegend()
