@@ -28,12 +28,10 @@ public:
         : CZOSPlotCore(layout), m_size(size) {}
     using CZOSPlotCore::addMarkerX, CZOSPlotCore::addMarkerY, CZOSPlotCore::getMargins, CZOSPlotCore::getOrthoWindow,
         CZOSPlotCore::getPlotValueString, CZOSPlotCore::getQuvelPlotArea, CZOSPlotCore::saveCommaSeparated,
-        CZOSPlotCore::saveData, CZOSPlotCore::setBackwards, CZOSPlotCore::setGridType,
-        CZOSPlotCore::setLowMarginPadding, CZOSPlotCore::setQuvelPlotArea, CZOSPlotCore::setQuvelPlotYAxisUnitType,
-        CZOSPlotCore::setReferenceLinePosX, CZOSPlotCore::setReferenceLinePosY, CZOSPlotCore::setReferenceLineX,
-        CZOSPlotCore::setReferenceLineY, CZOSPlotCore::setShadedRectangleParams,
-        CZOSPlotCore::setVisibleShadedRectangle, CZOSPlotCore::setYAxisFloor, CZOSPlotCore::toolTipTextAt,
-        CZOSPlotCore::writeDataToFile, CZOSPlotCore::removeMarkerY, CZOSPlotCore::lineStrips,
+        CZOSPlotCore::saveData, CZOSPlotCore::setGridType, CZOSPlotCore::setQuvelPlotArea,
+        CZOSPlotCore::setQuvelPlotYAxisUnitType, CZOSPlotCore::setReferenceLinePosX, CZOSPlotCore::setReferenceLinePosY,
+        CZOSPlotCore::setReferenceLineX, CZOSPlotCore::setReferenceLineY, CZOSPlotCore::setShadedRectangleParams,
+        CZOSPlotCore::setVisibleShadedRectangle, CZOSPlotCore::toolTipTextAt, CZOSPlotCore::writeDataToFile,
         CZOSPlotCore::convertObjectToNormalizedCoords, CZOSPlotCore::convertNormalizedToObjectCoords;
     bool add(const QString &name, const V &x, const V &y, const V &ex = {}, const V &ey = {},
              const DISPLAY_SETTINGS *settings = nullptr, const QStringList &labels = {})
@@ -97,8 +95,6 @@ private slots:
         qputenv("ZO_DATA_ROOT", m_dir.path().toUtf8());
         QStandardPaths::setTestModeEnabled(true);
     }
-
-    // ---- arithmetic -----------------------------------------------------------
 
     void extent_data()
     {
@@ -170,12 +166,10 @@ private slots:
 
     void tickLabels()
     {
-        QFETCH(double, value);
+        QFETCH(double, value); QFETCH(double, niceMin); QFETCH(double, step); QFETCH(int, exponent);
         tagZOSDisplayRange r;
-        QFETCH(double, niceMin); QFETCH(double, step);
         r.niceMinimum = niceMin;
         r.tickStep = step;
-        QFETCH(int, exponent);
         r.exponent = exponent;
         QTEST(zosTickLabel(value, r), "label");
     }
@@ -279,11 +273,8 @@ private slots:
         QMap<qint64, QPair<double, double>> kept, all; // per column: lowest, highest
         auto note = [&](QMap<qint64, QPair<double, double>> &map, int i) {
             const qint64 c = qint64(std::floor(m.toPixel(x[i])));
-            auto it = map.find(c);
-            if (it == map.end())
-                map.insert(c, {y[i], y[i]});
-            else
-                *it = {std::min(it->first, y[i]), std::max(it->second, y[i])};
+            const QPair<double, double> was = map.value(c, {y[i], y[i]});
+            map.insert(c, {std::min(was.first, y[i]), std::max(was.second, y[i])});
         };
         for (int i = 0; i < count; ++i)
             note(all, i);
@@ -322,7 +313,6 @@ private slots:
         QTEST(zosIsXAxisEvenlySpaced(x.constData(), x.size()), "even");
         QFETCH(double, area);
         QCOMPARE(zosQuvelArea(x.constData(), y.constData(), x.size()), area);
-        QCOMPARE(zosSumOfValues(y.constData(), y.size()), std::accumulate(y.cbegin(), y.cend(), 0.0));
     }
 
     void glMargins_data()
@@ -340,19 +330,9 @@ private slots:
     void glMargins()
     {
         QFETCH(I, input);
-        ZOSGLLayoutInput in;
-        in.lowMarginPadding = input[0];
-        in.legendShown = input[1];
-        in.xLabelEmpty = input[2];
-        in.xExponent = input[3];
-        in.yExponent = input[4];
-        in.fontAscent = 12;
-        in.fontDescent = 3;
-        const ZOSPlotMargins m = zosGLMargins(in);
+        const ZOSPlotMargins m = zosGLMargins({input[0] != 0, input[1] != 0, input[2] != 0, 12, 3, input[3], input[4]});
         QTEST((I{m.left, m.right, m.bottom, m.top}), "margins");
     }
-
-    // ---- the core ---------------------------------------------------------------
 
     void lines()
     {
@@ -470,10 +450,10 @@ private slots:
         Core core(EZOSPlotLayout(layout), QSize(400, 300));
         QVERIFY(core.add("l", {10, 20}, {0, 100}));
         core.setXAxisReversed(reversed);
-        const V automatic{core.getXDisplayMin(), core.getXDisplayMax(), core.getYDisplayMin(), core.getYDisplayMax()};
         auto displayed = [&] {
             return V{core.getXDisplayMin(), core.getXDisplayMax(), core.getYDisplayMin(), core.getYDisplayMax()};
         };
+        const V automatic = displayed();
         // The data point under the cursor stays under it, zooming in and out.
         for (const QPoint p : {QPoint(60, 200), QPoint(333, 41), QPoint(200, 150)}) {
             for (double factor : {0.5, 0.8, 1.7}) {
@@ -487,12 +467,6 @@ private slots:
                 const V after = displayed();
                 QCOMPARE(after[1] - after[0], (before[1] - before[0]) * factor);
             }
-        }
-        // Zoomed labels lie inside the view, on whole ticks.
-        const V v = displayed();
-        for (double label : core.xLabelValues()) {
-            QVERIFY(label >= v[0] - 1e-9 && label <= v[1] + 1e-9);
-            QCOMPARE(std::remainder(label, core.getXRange().tickStep) + 1.0, 1.0);
         }
         core.restoreAutoRange();
         QVERIFY(!core.isZoomed());
@@ -617,8 +591,6 @@ private slots:
         QVERIFY(core.getQuvelPlotArea().isEmpty());
     }
 
-    // ---- the renderer -----------------------------------------------------------
-
     void decorations()
     {
         Core core; // X 0 .. 200, Y 0 .. 100 on 270 x 270
@@ -672,7 +644,6 @@ private slots:
         QTest::newRow("inset, lines") << int(EZOSPlotLayout::Inset) << int(EDM_LINES);
         QTest::newRow("inset, points") << int(EZOSPlotLayout::Inset) << int(EDM_POINTS);
         QTest::newRow("margins, points and lines") << int(EZOSPlotLayout::Margins) << int(EDM_POINTS_AND_LINES);
-        QTest::newRow("margins, points") << int(EZOSPlotLayout::Margins) << int(EDM_POINTS);
     }
 
     void curvesAndLegend()
@@ -712,8 +683,6 @@ private slots:
         const QImage empty = core.render();
         QCOMPARE(count(empty, Black, empty.rect()), 0);
     }
-
-    // ---- data files ------------------------------------------------------------
 
     void dataFiles()
     {

@@ -75,13 +75,6 @@ class TestPlotWidgets : public QObject
 
     QTemporaryDir m_dir;
 
-    // Pictures need a GL context; the offscreen platform cannot make one.
-#define REQUIRE_GL(plot)                                                                                               \
-    do {                                                                                                               \
-        if (!(plot).isValid())                                                                                         \
-            QSKIP("No OpenGL context on this display");                                                                \
-    } while (0)
-
 private slots:
     void initTestCase()
     {
@@ -97,39 +90,31 @@ private slots:
         QTest::newRow("gl") << "gl";
     }
 
-    void displayModeEntries_data() { kinds_data(); }
+    void menuAndMouse_data() { kinds_data(); }
 
-    void displayModeEntries()
-    {
-        QFETCH(QString, kind);
-        Plot plot = makePlot(kind);
-        auto *group = plot.widget->findChild<QActionGroup *>();
-        QVERIFY(group->isExclusive() && group->actions().at(1)->isChecked()); // lines by default
-        QVERIFY(plot.add("a", {1, 2}, {1, 2}));
-        QVector<int> modes;
-        DISPLAY_SETTINGS s;
-        for (int i : {0, 2, 1}) {
-            group->actions().at(i)->trigger();
-            QVERIFY(plot.core->getDisplaySettings("a", s));
-            modes << plot.core->getCurrentDisplayMode() << s.displayMode;
-        }
-        QCOMPARE(modes, (QVector<int>{0, 0, 2, 2, 1, 1}));
-        send(plot.widget.get(), QEvent::MouseButtonPress, Qt::RightButton, QPoint(100, 100));
-        QVERIFY(plot.widget->findChild<QMenu *>()->isVisible());
-        plot.widget->findChild<QMenu *>()->close();
-    }
-
-    void mouseZoom_data() { kinds_data(); }
-
+    // A right click opens the menu, whose display modes apply to every line.
     // Wheel zoom keeps the point under the cursor; a shift drag zooms to the
     // band, a middle or Ctrl drag pans, a double-click or the menu restores.
-    void mouseZoom()
+    void menuAndMouse()
     {
         QFETCH(QString, kind);
         Plot plot = makePlot(kind);
         QWidget *w = plot.widget.get();
         CZOSPlotCore *core = plot.core;
+        auto *group = w->findChild<QActionGroup *>();
+        QVERIFY(group->actions().at(1)->isChecked()); // lines by default
         QVERIFY(plot.add("l", {10, 20}, {0, 100}));
+        QVector<int> modes;
+        DISPLAY_SETTINGS s;
+        for (int i : {0, 2, 1}) {
+            group->actions().at(i)->trigger();
+            QVERIFY(core->getDisplaySettings("l", s));
+            modes << core->getCurrentDisplayMode() << s.displayMode;
+        }
+        QCOMPARE(modes, (QVector<int>{0, 0, 2, 2, 1, 1}));
+        send(w, QEvent::MouseButtonPress, Qt::RightButton, QPoint(100, 100));
+        QVERIFY(w->findChild<QMenu *>()->isVisible());
+        w->findChild<QMenu *>()->close();
         auto range = [core] {
             return V{core->getXDisplayMin(), core->getXDisplayMax(), core->getYDisplayMin(), core->getYDisplayMax()};
         };
@@ -270,14 +255,13 @@ private slots:
         plot.resize(400, 300);
         plot.show();
         QVERIFY(QTest::qWaitForWindowExposed(&plot));
-        V x, y;
-        for (int i = 0; i <= 100; ++i) {
+        V x;
+        for (int i = 0; i <= 100; ++i)
             x << i * 0.1;
-            y << i * 0.1;
-        }
-        QVERIFY(plot.addDataLine("rising", x, y, {}, {0.5}));
+        QVERIFY(plot.addDataLine("rising", x, x, {}, {0.5}));
         plot.showLegend(false);
-        REQUIRE_GL(plot);
+        if (!plot.isValid()) // pictures need a GL context; the offscreen platform cannot make one
+            QSKIP("No OpenGL context on this display");
         const QImage image = plot.getPrintImage();
         QCOMPARE(image.size(), QSize(400, 300));
         int x0 = 0, y0 = 0, x1 = 0, y1 = 0;
@@ -317,7 +301,6 @@ private slots:
         QVERIFY(plot.addDataLine("across", {0, 10}, {5, 5}) && plot.addDataLine("up", {5, 5}, {0, 10}));
         QVERIFY(plot.setView(2, 8, 2, 8));
         QCOMPARE(blueBox(plot.getPrintImage()), plot.plotArea().adjusted(0, 0, 1, 1));
-        QCOMPARE(blueBox(plot.renderImage()), plot.plotArea().adjusted(0, 0, 1, 1));
         // Backwards off breaks the strip; a staircase doubles the steps.
         plot.clear();
         DISPLAY_SETTINGS s;
@@ -378,7 +361,8 @@ private slots:
         plot.getMargins();
         if (plot.plotArea().height() % 2 == 0)
             plot.resize(301, 301);
-        REQUIRE_GL(plot);
+        if (!plot.isValid())
+            QSKIP("No OpenGL context on this display");
         const QImage gl = plot.getPrintImage(), painted = plot.renderImage();
         const QPoint at(int(plot.xMap().toPixel(10)), int(plot.yMap().toPixel(10)));
         for (const QImage *image : {&gl, &painted})

@@ -31,24 +31,24 @@ QMenu *submenu(QMenu *menu, const QString &title)
     return nullptr;
 }
 
+QList<QAction *> actions(CZOTreeMenuComboBox &combo, QMenu *menu = nullptr)
+{
+    QList<QAction *> out;
+    combo.obtainChilrentActionsOfRootMenu(&out, menu ? menu : combo.menu());
+    return out;
+}
+
 // The texts of the probe actions under `menu`, all or only the checked ones.
 QStringList texts(CZOTreeMenuComboBox &combo, bool checkedOnly = false, QMenu *menu = nullptr)
 {
-    QList<QAction *> actions;
-    combo.obtainChilrentActionsOfRootMenu(&actions, menu ? menu : combo.menu());
     QStringList out;
-    for (QAction *a : actions)
+    for (QAction *a : actions(combo, menu))
         if (!checkedOnly || a->isChecked())
             out << a->text();
     return out;
 }
 
-QAction *action(CZOTreeMenuComboBox &combo, const QString &text)
-{
-    QList<QAction *> actions;
-    combo.obtainChilrentActionsOfRootMenu(&actions, combo.menu());
-    return actions.at(texts(combo).indexOf(text));
-}
+QAction *action(CZOTreeMenuComboBox &combo, const QString &text) { return actions(combo).at(texts(combo).indexOf(text)); }
 
 } // namespace
 
@@ -81,7 +81,6 @@ private slots:
         std::sort(names.begin(), names.end());
         std::sort(reread.begin(), reread.end());
         QCOMPARE(reread, names);
-        QCOMPARE(texts(again, false, submenu(again.menu(), "Recently Used")), QStringList({"Indocyanine Green", "EGFP"}));
 
         // A folder in the file's place cannot be opened for writing, even by root.
         QVERIFY(QFile::remove(probesPath()) && QDir().mkpath(probesPath()));
@@ -97,7 +96,6 @@ private slots:
         combo.show();
         combo.showPopup();
         QVERIFY(QTest::qWaitForWindowExposed(combo.menu()));
-        QVERIFY(combo.menu()->styleSheet().startsWith("QMenu {background-color: white;"));
         submenu(combo.menu(), "Dyes")->actions().at(7)->trigger();
         QCOMPARE(combo.currentText(), probe(7));
         QCOMPARE(texts(combo, true), QStringList({probe(7), probe(7)})); // in "Recently Used" too
@@ -174,7 +172,6 @@ private slots:
             combo.setShowRecentlyUsedProbeList(false);
             QVERIFY(!submenu(combo.menu(), "Recently Used") && submenu(combo.menu(), "Lonely"));
             combo.setAllowSelectMultiMenuItem(true);
-            QVERIFY(submenu(combo.menu(), "Dyes")->styleSheet().isEmpty());
             action(combo, probe(10))->trigger();
             action(combo, probe(70))->trigger();
             QCOMPARE(texts(combo, true), QStringList({probe(10), probe(70)}));
