@@ -86,7 +86,7 @@ private slots:
             << QStringList{"readbias image|Data Multiplier=5"} << 1000 << 0 << 100.5f;
         for (const QString &bad : {dc + "abc", rbo, dc + "1e999"})
             QTest::newRow(qPrintable("stored " + bad)) << QStringList{bad} << 1000 << 31 << 0.0f;
-        for (const QString &bad : {"abc", "0"})
+        for (const QString &bad : QStringList{"abc", "0"})
             QTest::newRow(qPrintable("multiplier " + bad))
                 << (limits + QStringList{"readbias image|Data Multiplier=" + bad}) << 1001 << 31 << 0.0f;
         QTest::newRow("limit 60 sec") << QStringList{cam + "Read Bias Lower Limit=60 sec"} << 1001 << 31 << 0.0f;
