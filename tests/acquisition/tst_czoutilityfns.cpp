@@ -42,18 +42,6 @@ private slots:
         setInstalledVersion(QVariant());
     }
 
-    void closeCounterNests()
-    {
-        QVERIFY(CZOUtilityFns::canClose());
-        CZOUtilityFns::setCanClose(true); // at 0 already: stays at 0
-        CZOUtilityFns::setCanClose(false);
-        CZOUtilityFns::setCanClose(false);
-        CZOUtilityFns::setCanClose(true);
-        QVERIFY(!CZOUtilityFns::canClose()); // one period still open
-        CZOUtilityFns::setCanClose(true);
-        QVERIFY(CZOUtilityFns::canClose());
-    }
-
     void actionRegistry()
     {
         QAction open(QStringLiteral("&Open..."), nullptr);

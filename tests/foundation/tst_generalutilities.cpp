@@ -15,17 +15,6 @@ class TestGeneralUtilities : public QObject
 {
     Q_OBJECT
 private slots:
-    void imageKindSectionNames()
-    {
-        // Click-info files find an image by these names: each kind needs its own.
-        QSet<QString> names;
-        for (int t = 0; t < IT_IMAGETYPE_COUNT; ++t)
-            names.insert(imageTypeSectionName(t));
-        QCOMPARE(names.size(), int(IT_IMAGETYPE_COUNT));
-        QCOMPARE(imageTypeSectionName(IT_READBSIGMA), QStringLiteral("readbsigma image"));
-        QVERIFY(imageTypeSectionName(IT_IMAGETYPE_COUNT).isNull() && imageTypeSectionName(-1).isNull());
-    }
-
     void platform()
     {
         QVERIFY(!ZOPlatform::memoryStatus(nullptr));

@@ -129,27 +129,6 @@ private slots:
         QCOMPARE(list.getSection(QStringLiteral("A")), nullptr);
     }
 
-    void lineEndsReadAlike()
-    {
-        for (const char *eol : {"\r\n", "\n", "\r"}) {
-            QByteArray text("*** ClickNumber:@ClickNumber:\tAB1@@*** luminescent image:\tfirst@Exposure Time:\t0.5 sec@"
-                            "Comment:\tone@\ttwo@@@*** Camera System Info:@Data Multiplier:\t10@");
-            text.replace("@", eol);
-            const QString path = m_dir + QStringLiteral("/ClickInfo.txt");
-            QVERIFY(writeFile(path, text));
-
-            CPLClickInfo info;
-            QCOMPARE(info.loadClickInfo(path), ES_SUCCESS);
-            QCOMPARE(info.getClickNumber(), QStringLiteral("AB1"));
-            QCOMPARE(info.sectionCount(), 3);
-            const CPLSection *s = info.sections().at(1);
-            QCOMPARE(s->comment(), QStringLiteral("first"));
-            QCOMPARE(s->keys(), (QStringList{"Exposure Time", "Comment"}));
-            QCOMPARE(s->value(QStringLiteral("Comment")), QStringLiteral("one\ntwo"));
-            QCOMPARE(info.sections().at(2)->value(QStringLiteral("Data Multiplier")), QStringLiteral("10"));
-        }
-    }
-
     void sequenceRoundTrip()
     {
         for (const QStringList &clicks : {QStringList(), QStringList{"AB20260101120000", "AB20260101120100", "odd: name"}}) {
@@ -238,19 +217,6 @@ private slots:
         QCOMPARE(setBack.loadData(body), ES_FORMAT_CHAR_NOT_FOUND);
         QCOMPARE(setBack.loadData(QStringLiteral("*** Other:\nUser:\t\n")), ES_HEADER_NOT_FOUND);
         QCOMPARE(setBack.name(), set.name());
-    }
-
-    void keyListLoadsByName()
-    {
-        CPLPreferenceKeyList list(1);
-        QCOMPARE(list.loadData(QStringLiteral("Group:\tG1\nUnknown:\tx\nUser:\tAB\n\n"), {"User", "Group", "Sex"}), ES_SUCCESS);
-        QCOMPARE(list.count(), 3);
-        QCOMPARE(list[0]->value(), QStringLiteral("AB"));
-        QCOMPARE(list.findKey(QStringLiteral("Group"))->value(), QStringLiteral("G1"));
-        QVERIFY(list[2]->name() == QLatin1String("Sex") && list[2]->value().isEmpty());
-        QCOMPARE(list.findKey(QStringLiteral("Unknown")), nullptr);
-        QCOMPARE(list.loadData(QStringLiteral("User AB\n"), {"User"}), ES_FORMAT_CHAR_NOT_FOUND);
-        QCOMPARE(list.count(), 1);
     }
 
     // Every member set away from its default must come back, for each kind of image.

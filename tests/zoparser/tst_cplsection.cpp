@@ -157,6 +157,8 @@ private slots:
         const QStringList values{"60 sec", "C:\\data: one"};
         QTest::newRow("CRLF") << "*** Camera:\r\nExposure Time:\t60 sec\r\nPath:\tC:\\data: one\r\n\r\n"
                               << "Camera" << "" << keys << values;
+        QTest::newRow("CR alone") << "*** Camera:\rExposure Time:\t60 sec\rPath:\tC:\\data: one\r\r"
+                                  << "Camera" << "" << keys << values;
         QTest::newRow("no final line end") << "*** Camera:\nExposure Time:\t60 sec\nPath:\tC:\\data: one"
                                            << "Camera" << "" << keys << values;
         QTest::newRow("header comment") << "*** User Input:\t(User Profile)\r\nUser ID:\tAB\r\n"
@@ -244,29 +246,6 @@ private slots:
         std::unique_ptr<CPLSection> back(CPLClickInfo::parseSectionFromBuffer(text));
         QVERIFY(back);
         QCOMPARE(*back, s);
-    }
-
-    void copySectionBufferCutsOneSectionAtATime()
-    {
-        // Cut and parse until a section without a name comes back, as a profile's custom sections are read.
-        QString buffer = QStringLiteral("\n*** A:\nk:\t1\n\n*** B:\tnote\nx:\tline\n\tmore\n*** C:\n");
-        QStringList names;
-        for (;;) {
-            QString text;
-            const tag_estatus status = CPLClickInfo::copySectionBuffer(buffer, text);
-            std::unique_ptr<CPLSection> s(CPLClickInfo::parseSectionFromBuffer(text));
-            if (!s) {
-                QCOMPARE(status, ES_END_OF_BUFFER);
-                break;
-            }
-            QCOMPARE(status, ES_SUCCESS);
-            QVERIFY(text.startsWith(QStringLiteral("*** ")));
-            names << s->name() + QLatin1Char('=') + s->keys().join(QLatin1Char(','));
-            if (s->name() == QLatin1String("B"))
-                QCOMPARE(s->value(QStringLiteral("x")), QStringLiteral("line\nmore"));
-        }
-        QCOMPARE(names, (QStringList{"A=k", "B=x", "C="}));
-        QVERIFY(buffer.isEmpty());
     }
 };
 
