@@ -247,6 +247,14 @@ private slots:
         QVERIFY(back);
         QCOMPARE(*back, s);
     }
+    // A profile's custom sections are cut off its text one at a time, from their header line on.
+    void copySectionBufferCutsOneSection()
+    {
+        QString buffer = QStringLiteral("\r\n\r\n*** A:\tnote\r\nk:\t1\r\n\tmore\r\n\r\n*** B:\r\n"), text;
+        QCOMPARE(CPLClickInfo::copySectionBuffer(buffer, text), ES_SUCCESS);
+        QCOMPARE(text, QStringLiteral("*** A:\tnote\r\nk:\t1\r\n\tmore\r\n\r\n"));
+        QCOMPARE(buffer, QStringLiteral("*** B:\r\n"));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestCPLSection)
