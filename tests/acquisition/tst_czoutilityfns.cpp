@@ -42,6 +42,15 @@ private slots:
         setInstalledVersion(QVariant());
     }
 
+    // The name titles every message box and the log; a beta or debug build says so in it.
+    void appNameNamesTheBuild()
+    {
+        QCOMPARE(CZOUtilityFns::getAppName(), QString::fromUtf8("Zolvane\xC2\xAE 4.7.2 (64-bit)"));
+        CZOUtilityFns::setBuildKind(QStringLiteral("Beta"));
+        QCOMPARE(CZOUtilityFns::getAppName(), QString::fromUtf8("Zolvane\xC2\xAE 4.7.2 (64-bit) Beta"));
+        CZOUtilityFns::setBuildKind(QString());
+    }
+
     void actionRegistry()
     {
         QAction open(QStringLiteral("&Open..."), nullptr);
