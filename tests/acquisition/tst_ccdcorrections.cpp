@@ -4,6 +4,7 @@
 #include "cplclickinfo.h"
 #include "cplsection.h"
 #include "czoslog.h"
+#include "filebytes.h"
 
 #include <QtTest>
 
@@ -38,8 +39,7 @@ CILImage image(int w, int h, const std::function<int(int, int)> &value)
 QString logText()
 {
     QCoreApplication::sendPostedEvents();
-    QFile f(getLogObject()->fileName());
-    return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
+    return QString::fromUtf8(readFile(getLogObject()->fileName()));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 // draws the painted plot and every export.
 #include "czosplotcore.h"
 #include "czosplotpainter.h"
+#include "filebytes.h"
 
 #include <QFile>
 #include <QPainter>
@@ -690,10 +691,7 @@ private slots:
         core.setTitle("Run");
         QVERIFY(core.add("A", {1, 2, 3}, {10, 20.5, 30}, {0.5}, {0.5, 0.25}));
         const QByteArray path = QFile::encodeName(m_dir.filePath("plot.txt"));
-        auto contents = [&] {
-            QFile f(QFile::decodeName(path));
-            return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-        };
+        auto contents = [&] { return readFile(QFile::decodeName(path)); };
         QVERIFY(core.saveCommaSeparated(path.constData()));
         QCOMPARE(contents(), QByteArray("A, \nX Values, Y Values, X Errors, Y Errors, \n1, 10, 0.5, 0.5, \n"
                                         "2, 20.5, 0.25, \n3, 30, \n\n"));

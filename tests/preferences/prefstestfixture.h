@@ -6,6 +6,7 @@
 #include "cplpreferenceuser.h"
 #include "cplsection.h"
 #include "czopreference.h"
+#include "filebytes.h"
 
 #include <QDir>
 #include <QStandardPaths>
@@ -55,16 +56,10 @@ struct PrefsFolders {
         return section;
     }
 
+    // Writes a whole file, making its folders first.
     void writeFile(const QString &path, const QByteArray &bytes) const
     {
         QDir().mkpath(QFileInfo(path).absolutePath());
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(file.write(bytes), qint64(bytes.size()));
-    }
-    static QByteArray readFile(const QString &path)
-    {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        QVERIFY(::writeFile(path, bytes));
     }
 };

@@ -61,7 +61,7 @@ private slots:
         QCOMPARE(CZOPreference::getUserProfileDirPath(), m_folders.profileDir());
         QVERIFY(!QFileInfo::exists(m_folders.appDir() + "/user profiles"));
         QCOMPARE(manager()->userCount(), 2);
-        QVERIFY(PrefsFolders::readFile(m_folders.profilesFolder() + "OL.txt").contains("*** New:"));
+        QVERIFY(readFile(m_folders.profilesFolder() + "OL.txt").contains("*** New:"));
         QVERIFY(!QFileInfo::exists(m_folders.appData() + "/Tessaly"));
 
         // Machine-wide ones are copied, never deleted, and only into a new directory.
@@ -118,10 +118,10 @@ private slots:
         QCoreApplication::processEvents();
         closeLog();
 
-        const QString log = QString::fromLatin1(PrefsFolders::readFile(m_folders.dir->filePath("data/zoactivity.log")));
+        const QString log = QString::fromLatin1(readFile(m_folders.dir->filePath("data/zoactivity.log")));
         QVERIFY2(log.contains("\t>>JD Logged IN<<\r\n"), qPrintable(log));
         QVERIFY2(log.contains(QRegularExpression("\t>>JD Logged OUT<< Session Lasted: 00:00:0\\d\r\n")), qPrintable(log));
-        QVERIFY(PrefsFolders::readFile(userStatsFileName()).contains("login,JD,"));
+        QVERIFY(readFile(userStatsFileName()).contains("login,JD,"));
         QCOMPARE(manager()->setActiveUser(0), ES_SUCCESS);
         QCOMPARE(m_folders.load(), ES_SUCCESS); // reloading forgets the active user
         QVERIFY(!manager()->getActiveUser() && manager()->getActiveUserName().isEmpty());

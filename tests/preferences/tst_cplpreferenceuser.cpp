@@ -57,7 +57,7 @@ private slots:
                     "WindowPrefWidthInPercent:\t55\r\nWindowPrefHeightInPercent:\t65\r\n"
                     "Save Float-Corrected Image:\tNo\r\nImageExportFormat:\tpng\r\n\r\n"
                     "*** User Password:\r\nPassword:\t" + md5("secret") + "\r\n\r\n";
-        QCOMPARE(PrefsFolders::readFile(path("JD")), expected);
+        QCOMPARE(readFile(path("JD")), expected);
     }
 
     // A copy, made or assigned, holds all a profile holds, on its own; saving
@@ -100,7 +100,7 @@ private slots:
         QCOMPARE(snapshot(made), before);
 
         QCOMPARE(user.saveData(), ES_SUCCESS);
-        const QByteArray first = PrefsFolders::readFile(path("RT"));
+        const QByteArray first = readFile(path("RT"));
         QVERIFY(!first.contains("*** General User Setting:"));
         QScopedPointer<CPLPreferenceUser> loaded(reload("RT"));
         QVERIFY(loaded);
@@ -108,7 +108,7 @@ private slots:
         QVERIFY(loaded->checkPassword(QStringLiteral("pw2")));
         loaded->setAutoSave(true); // the one thing never read back
         QCOMPARE(loaded->saveData(), ES_SUCCESS);
-        QCOMPARE(PrefsFolders::readFile(path("RT")), first);
+        QCOMPARE(readFile(path("RT")), first);
 
         // A set the list holds no data for gives an empty key list.
         CPLPreferenceUser::m_pLabelDataSetList.append(nullptr);
@@ -187,7 +187,7 @@ private slots:
         CPLPreferenceUser user(QStringLiteral("EN"), QString());
         user.addCustomSettingsSection(PrefsFolders::section("Text", {{"v", value}}));
         QCOMPARE(user.saveData(), ES_SUCCESS);
-        QVERIFY(PrefsFolders::readFile(path("EN")).contains("*** Text:\r\nv:\t" + bytes + "\r\n"));
+        QVERIFY(readFile(path("EN")).contains("*** Text:\r\nv:\t" + bytes + "\r\n"));
         QScopedPointer<CPLPreferenceUser> loaded(reload("EN"));
         QVERIFY(loaded);
         QCOMPARE(loaded->getCustomSettingsSections().first()->value(QStringLiteral("v")), value);

@@ -1,5 +1,6 @@
 #include "czoslog.h"
 #include "czotreemenucombobox.h"
+#include "filebytes.h"
 
 #include <QMenu>
 #include <QStandardItemModel>
@@ -234,16 +235,13 @@ private:
     void writeProbes(const QByteArray &bytes)
     {
         QVERIFY(QDir().mkpath(m_dir->filePath("Probes")));
-        QFile f(probesPath());
-        QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(bytes) == bytes.size());
+        QVERIFY(::writeFile(probesPath(), bytes));
     }
-    QByteArray readFile(const QString &path)
+    QString logText()
     {
         QCoreApplication::processEvents(); // the log writes on the event loop
-        QFile f(path);
-        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+        return QString::fromUtf8(readFile(m_dir->filePath("zoactivity.log")));
     }
-    QString logText() { return QString::fromUtf8(readFile(m_dir->filePath("zoactivity.log"))); }
     QScopedPointer<QTemporaryDir> m_dir;
 };
 

@@ -285,8 +285,8 @@ private slots:
             CPLCameraInfo camera;
             QCOMPARE(camera.loadCameraInfo(path), status);
             const CPLSection *system = camera.getCameraSystemInfoSection();
-            QCOMPARE(system ? system->value(QStringLiteral("Camera System Info")) : QStringLiteral("none"),
-                     status == ES_SUCCESS ? QStringLiteral("iKon") : QStringLiteral("none"));
+            QCOMPARE(system != nullptr, status == ES_SUCCESS);
+            QVERIFY(!system || system->value(QStringLiteral("Camera System Info")) == QLatin1String("iKon"));
             QCOMPARE(camera.sectionCount(), sectionsKept);
         } else if (kind == QLatin1String("settings")) {
             CPLSettingsFileWrapper settings;
