@@ -142,19 +142,6 @@ QString SectionReader::internedKey(const QChar *p, int len)
     return key;
 }
 
-int SectionReader::lineNumberAt(int pos) const
-{
-    int line = 1;
-    const QChar *p = m_text.constData();
-    for (int i = 0; i < pos && i < m_text.size(); ++i) {
-        if (p[i] == QLatin1Char('\n'))
-            ++line;
-        else if (p[i] == QLatin1Char('\r') && !(i + 1 < m_text.size() && p[i + 1] == QLatin1Char('\n')))
-            ++line;
-    }
-    return line;
-}
-
 tag_estatus SectionReader::next(CPLSection &section)
 {
     const QChar *p = m_text.constData();
@@ -171,14 +158,13 @@ tag_estatus SectionReader::next(CPLSection &section)
 
     m_sectionStart = begin;
     const int start = m_pos;
-    auto fault = [&](int at) {
-        m_faultLine = lineNumberAt(at);
+    auto fault = [&]() {
         m_pos = start;
         return ES_FORMAT_CHAR_NOT_FOUND;
     };
 
     if (!startsWithHeader(p + begin, end - begin))
-        return fault(begin);
+        return fault();
     const QChar *rest = p + begin + 4;
     const int restLen = end - begin - 4;
     QString name;
@@ -190,10 +176,10 @@ tag_estatus SectionReader::next(CPLSection &section)
     } else if (restLen > 0 && rest[restLen - 1] == QLatin1Char(':')) {
         name = QString(rest, restLen - 1);
     } else {
-        return fault(begin);
+        return fault();
     }
     if (name.isEmpty())
-        return fault(begin);
+        return fault();
 
     section.clear();
     section.setName(name);
@@ -208,7 +194,7 @@ tag_estatus SectionReader::next(CPLSection &section)
         const int len = end - begin;
         if (len > 0 && line[0] == QLatin1Char('\t')) {
             if (last == -1)
-                return fault(begin);
+                return fault();
             if (last >= 0) {
                 QString &value = section.m_vEntries[last].value;
                 value += QLatin1Char('\n');
@@ -234,7 +220,7 @@ tag_estatus SectionReader::next(CPLSection &section)
         } else if (line[len - 1] == QLatin1Char(':')) {
             key = internedKey(line, len - 1);
         } else {
-            return fault(begin);
+            return fault();
         }
         if (section.indexOf(key) >= 0) {
             last = -2; // the first of duplicate keys wins

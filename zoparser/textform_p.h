@@ -51,13 +51,10 @@ public:
     int position() const { return m_pos; }
     // Start of the header line of the last section read (or attempted).
     int sectionStart() const { return m_sectionStart; }
-    // 1-based number of the line where the last fault was found.
-    int faultLine() const { return m_faultLine; }
 
 private:
     // The line at m_pos: [begin, end) and the start of the line after it.
     bool peekLine(int &begin, int &end, int &nextPos) const;
-    int lineNumberAt(int pos) const;
 
     // One shared copy of each key text (and of short values): records
     // repeat the same keys in section after section.
@@ -67,7 +64,6 @@ private:
     QHash<QStringView, QString> m_keys;
     int m_pos = 0;
     int m_sectionStart = 0;
-    int m_faultLine = 0;
 };
 
 } // namespace zoparser

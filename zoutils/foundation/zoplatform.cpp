@@ -156,7 +156,6 @@ ZOFileStamp stampOf(const BY_HANDLE_FILE_INFORMATION &info)
 {
     const auto join = [](DWORD high, DWORD low) { return (qint64(high) << 32) | low; };
     ZOFileStamp stamp;
-    stamp.file = quint64(join(info.nFileIndexHigh, info.nFileIndexLow));
     stamp.size = join(info.nFileSizeHigh, info.nFileSizeLow);
     stamp.written = join(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime);
     stamp.changed = stamp.written; // Windows keeps no separate change time here
@@ -191,7 +190,6 @@ namespace {
 ZOFileStamp stampOf(const struct stat &info)
 {
     ZOFileStamp stamp;
-    stamp.file = quint64(info.st_ino);
     stamp.size = qint64(info.st_size);
     stamp.written = qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec;
     stamp.changed = qint64(info.st_ctim.tv_sec) * 1000000000 + info.st_ctim.tv_nsec;

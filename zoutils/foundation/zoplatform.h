@@ -17,18 +17,17 @@ struct ZOMemoryStatus {
     quint64 availablePhysical = 0; // bytes
 };
 
-// One state of an open file, cheaply told apart from others: its number,
-// size and the times of its last write and change. Two equal stamps of one
+// One state of an open file, cheaply told apart from its others: its size
+// and the times of its last write and change. Two equal stamps of one
 // open file mean that nobody wrote to it in between, or wrote within one tick
 // of the file system's clock and left the size as it was.
 struct ZOFileStamp {
-    quint64 file = 0;
     qint64 size = -1; // -1: no stamp
     qint64 written = 0;
     qint64 changed = 0;
     bool operator==(const ZOFileStamp &o) const
     {
-        return file == o.file && size == o.size && written == o.written && changed == o.changed;
+        return size == o.size && written == o.written && changed == o.changed;
     }
 };
 
