@@ -1,7 +1,7 @@
 #include "autobkglist.h"
 #include "czoslog.h"
 
-#include "filebytes.h"
+#include "testfiles.h"
 
 #include <QtTest>
 
@@ -15,8 +15,7 @@ class TestAutoBkgList : public QObject
 private slots:
     void initTestCase()
     {
-        QStandardPaths::setTestModeEnabled(true);
-        qputenv("ZO_DATA_ROOT", m_dir.path().toLocal8Bit() + '/');
+        useDataRoot(m_dir.path());
         QVERIFY(CZOSLogEventHandler::install());
         beginLog(QStringLiteral("tst_autobkglist"));
     }

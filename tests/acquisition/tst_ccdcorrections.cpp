@@ -4,7 +4,7 @@
 #include "cplclickinfo.h"
 #include "cplsection.h"
 #include "czoslog.h"
-#include "filebytes.h"
+#include "testfiles.h"
 
 #include <QtTest>
 
@@ -50,8 +50,7 @@ class TestCCDCorrections : public QObject
 private slots:
     void initTestCase()
     {
-        QStandardPaths::setTestModeEnabled(true);
-        qputenv("ZO_DATA_ROOT", m_dir.path().toLocal8Bit() + '/');
+        useDataRoot(m_dir.path());
         QVERIFY(CZOSLogEventHandler::install());
         beginLog(QStringLiteral("tst_ccdcorrections"));
         QVERIFY(getLogObject());

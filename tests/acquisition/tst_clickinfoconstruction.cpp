@@ -5,6 +5,7 @@
 #include "cplsequenceinfo.h"
 #include "czopreference.h"
 #include "siasetupinfo.h"
+#include "testfiles.h"
 
 #include <QtTest>
 
@@ -12,12 +13,7 @@ class TestClickInfoConstruction : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase()
-    {
-        QStandardPaths::setTestModeEnabled(true);
-        qputenv("ZO_DATA_ROOT", m_dir.path().toLocal8Bit() + '/');
-        CZOPreference::setAppVersion(QStringLiteral("4.7.2.1234"));
-    }
+    void initTestCase() { useDataRoot(m_dir.path()), CZOPreference::setAppVersion(QStringLiteral("4.7.2.1234")); }
 
     void clickAndSequenceNumbers()
     {

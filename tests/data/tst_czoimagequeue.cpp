@@ -1,6 +1,6 @@
 #include "czoimagequeue.h"
 
-#include "filebytes.h"
+#include "testfiles.h"
 
 #include <QtTest>
 

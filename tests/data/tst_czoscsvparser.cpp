@@ -1,7 +1,7 @@
 #include "czoscsvparser.h"
 #include "czoslog.h"
 
-#include "filebytes.h"
+#include "testfiles.h"
 
 #include <QtTest>
 
@@ -76,7 +76,7 @@ class TestCSVParser : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase() { QStandardPaths::setTestModeEnabled(true), qputenv("ZO_DATA_ROOT", m_dir.path().toUtf8()); }
+    void initTestCase() { useDataRoot(m_dir.path()); }
 
     void headerCheck_data()
     {

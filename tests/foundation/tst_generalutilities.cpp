@@ -2,7 +2,7 @@
 #include "zoconstants.h"
 #include "zoplatform.h"
 
-#include "filebytes.h"
+#include "testfiles.h"
 
 #include <QtTest>
 

@@ -2,9 +2,13 @@
 #include "zopreferencehooks.h"
 #include "zouserstats.h"
 
-#include "filebytes.h"
+#include "testfiles.h"
 
 #include <QtTest>
+
+#include <atomic>
+#include <memory>
+#include <vector>
 
 // Entry times become "T" and the launch line "<launched>", once checked against the clock.
 static QString normalised(const QByteArray &bytes)
@@ -35,16 +39,12 @@ class TestCZOSLog : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase()
-    {
-        QStandardPaths::setTestModeEnabled(true);
-        QVERIFY(CZOSLogEventHandler::install());
-    }
+    void initTestCase() { QVERIFY(CZOSLogEventHandler::install()); }
 
     void init()
     {
         m_dir.reset(new QTemporaryDir);
-        qputenv("ZO_DATA_ROOT", m_dir->path().toLocal8Bit() + '/');
+        useDataRoot(m_dir->path());
         zoSetPreferenceHooks(ZOPreferenceHooks());
         // The repeat check spans logs; leave a text no test uses as the last one.
         CZOSLog(QStringLiteral("reset")).log(QUuid::createUuid().toString(), QString(), 0, QString(), 1, true);
@@ -254,6 +254,49 @@ private slots:
         rows.replace(QRegularExpression(QStringLiteral(",\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d,(0|1)?")), QStringLiteral(",<time>,"));
         QCOMPARE(rows, QStringLiteral("Event,User,Time,Session Seconds\r\nlogin,JD,<time>,\r\nlogout,JD,<time>,\r\n"
                                       "login,\"Smith, A\",<time>,\r\nlogout,\"Smith, A\",<time>,\r\n"));
+    }
+
+    // Three threads post (every other message through errorLog, as warnings)
+    // while one writes straight away, racing the GUI thread for the file:
+    // every message lands once, in the order its thread sent it.
+    void everyThreadsMessagesArriveOnceAndInOrder()
+    {
+        QCOMPARE(beginLog(QStringLiteral("Threads")), 1);
+        const int threads = 4, each = 4000;
+        std::atomic<int> running{threads};
+        std::vector<std::unique_ptr<QThread>> pool;
+        for (int t = 0; t < threads; ++t) {
+            pool.emplace_back(QThread::create([t, &running] {
+                for (int i = 0; i < each; ++i) {
+                    const QString text = QStringLiteral("thread %1 message %2").arg(t).arg(i);
+                    if (t == 0 || i % 2 == 0)
+                        getLogObject()->log(text, QString(), i, QString(), t == 0 ? 3 : 1, t == 0);
+                    else
+                        errorLog(text, QStringLiteral("f.cpp"), i, QString(), 2);
+                }
+                --running;
+            }));
+            pool.back()->start();
+        }
+        while (running.load())
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        for (auto &thread : pool)
+            QVERIFY(thread->wait(10000));
+        QCoreApplication::sendPostedEvents();
+        CZOSLog *log = getLogObject();
+        QVERIFY(log->messageCount() == threads * each && log->errors() == each);
+        QCOMPARE(log->warnings(), (threads - 1) * each / 2);
+        closeLog();
+
+        const QRegularExpression entry(QStringLiteral("^[^\t]*\t(Warning > |Error   > )?thread (\\d) message (\\d+)\r$"));
+        QVector<int> next(threads, 0);
+        for (const QByteArray &line : readFile(path("zoactivity.log")).split('\n')) {
+            const QRegularExpressionMatch m = entry.match(QString::fromLatin1(line));
+            const int t = m.captured(2).toInt(), i = m.captured(3).toInt();
+            QVERIFY2(!m.hasMatch() || i == next[t]++, line.constData());
+            QVERIFY(!m.hasMatch() || m.captured(1) == (t == 0 ? "Error   > " : i % 2 ? "Warning > " : ""));
+        }
+        QCOMPARE(next, QVector<int>(threads, each));
     }
 
 private:

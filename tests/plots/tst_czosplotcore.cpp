@@ -3,7 +3,7 @@
 // draws the painted plot and every export.
 #include "czosplotcore.h"
 #include "czosplotpainter.h"
-#include "filebytes.h"
+#include "testfiles.h"
 
 #include <QFile>
 #include <QPainter>
@@ -90,12 +90,7 @@ class TestPlotCore : public QObject
     QTemporaryDir m_dir;
 
 private slots:
-    void initTestCase()
-    {
-        QVERIFY(m_dir.isValid());
-        qputenv("ZO_DATA_ROOT", m_dir.path().toUtf8());
-        QStandardPaths::setTestModeEnabled(true);
-    }
+    void initTestCase() { useDataRoot(m_dir.path()); }
 
     void extent_data()
     {

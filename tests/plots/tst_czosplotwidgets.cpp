@@ -3,6 +3,7 @@
 // core's test.
 #include "czosglxyplot.h"
 #include "czosxyplot.h"
+#include "testfiles.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -76,12 +77,7 @@ class TestPlotWidgets : public QObject
     QTemporaryDir m_dir;
 
 private slots:
-    void initTestCase()
-    {
-        QVERIFY(m_dir.isValid());
-        qputenv("ZO_DATA_ROOT", m_dir.path().toUtf8());
-        QStandardPaths::setTestModeEnabled(true);
-    }
+    void initTestCase() { useDataRoot(m_dir.path()); }
 
     void kinds_data()
     {

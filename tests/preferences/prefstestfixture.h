@@ -6,7 +6,7 @@
 #include "cplpreferenceuser.h"
 #include "cplsection.h"
 #include "czopreference.h"
-#include "filebytes.h"
+#include "testfiles.h"
 
 #include <QDir>
 #include <QStandardPaths>

@@ -1,6 +1,6 @@
 #include "czoslog.h"
 #include "czotreemenucombobox.h"
-#include "filebytes.h"
+#include "testfiles.h"
 
 #include <QMenu>
 #include <QStandardItemModel>
@@ -57,13 +57,13 @@ class TestCZOTreeMenuComboBox : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase() { QStandardPaths::setTestModeEnabled(true), CZOSLogEventHandler::install(); }
+    void initTestCase() { CZOSLogEventHandler::install(); }
     void cleanup() { QCoreApplication::processEvents(), closeLog(); }
     void init()
     {
         // "%2" in the folder catches texts built with chained arg() calls.
         m_dir.reset(new QTemporaryDir(QDir::tempPath() + "/probes%2-XXXXXX"));
-        qputenv("ZO_DATA_ROOT", m_dir->path().toLocal8Bit() + '/');
+        useDataRoot(m_dir->path());
         QCOMPARE(beginLog(QStringLiteral("Test")), 1);
     }
 

@@ -11,7 +11,7 @@
 #include <QDateTime>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
-#include "filebytes.h"
+#include "testfiles.h"
 
 #include <QtTest>
 
@@ -40,12 +40,7 @@ class TestCPLRecords : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        QStandardPaths::setTestModeEnabled(true);
-        QVERIFY(m_root.isValid());
-        qputenv("ZO_DATA_ROOT", m_root.path().toLocal8Bit());
-    }
+    void initTestCase() { useDataRoot(m_root.path()); }
 
     void init()
     {

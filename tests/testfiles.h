@@ -1,6 +1,15 @@
 #pragma once
 
 #include <QFile>
+#include <QStandardPaths>
+
+// Where a test's files go: the libraries' data root and, in test mode, Qt's
+// standard locations, so that no test touches the user's own.
+inline void useDataRoot(const QString &folder)
+{
+    QStandardPaths::setTestModeEnabled(true);
+    qputenv("ZO_DATA_ROOT", QFile::encodeName(folder) + '/');
+}
 
 // Whole files as bytes, to set up and check exactly what the classes leave on disk.
 inline QByteArray readFile(const QString &path)
