@@ -20,9 +20,7 @@ private slots:
         QVERIFY(!ZOPlatform::memoryStatus(nullptr));
         ZOMemoryStatus m;
         QVERIFY(ZOPlatform::memoryStatus(&m));
-        QFile info(QStringLiteral("/proc/meminfo"));
-        QVERIFY(info.open(QIODevice::ReadOnly));
-        const QList<QByteArray> total = info.readLine().simplified().split(' '); // "MemTotal: n kB"
+        const QList<QByteArray> total = readFile("/proc/meminfo").simplified().split(' '); // "MemTotal: n kB ..."
         QCOMPARE(m.totalPhysical, total.at(1).toULongLong() * 1024);
         QVERIFY(m.availablePhysical > 0 && m.availablePhysical <= m.totalPhysical);
         QCOMPARE(m.loadPercent, int((m.totalPhysical - m.availablePhysical) * 100 / m.totalPhysical));

@@ -160,9 +160,7 @@ private slots:
     {
         QFETCH(int, oldSize); QFETCH(bool, backupIsFolder);
         const QByteArray old(oldSize, 'o');
-        QFile f(path("zoactivity.log"));
-        QVERIFY(f.open(QIODevice::WriteOnly) && f.write(old) == oldSize);
-        f.close();
+        QVERIFY(writeFile(path("zoactivity.log"), old));
         if (backupIsFolder)
             QVERIFY(QDir(m_dir->path()).mkpath(QStringLiteral("zoactivity.bak/inside")));
         QCOMPARE(beginLog(QStringLiteral("Test")), 1);

@@ -176,9 +176,7 @@ private slots:
         const QString path = m_dir.filePath(kind + "." + suffix);
         const QSize size(640, 360);
         QVERIFY(plot.exportPlot(path, size));
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray bytes = file.readAll();
+        const QByteArray bytes = readFile(path);
         if (suffix == "svg") {
             QSvgRenderer svg(bytes);
             QVERIFY(svg.isValid());

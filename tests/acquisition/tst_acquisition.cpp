@@ -1,9 +1,17 @@
+// The acquisition helpers: CCD read-bias, read-noise, flat-field and defect
+// corrections, new click-info records and the auto-background list.
+#include "autobkglist.h"
 #include "ccdcorrections.h"
 #include "ccdcorrections_p.h"
 #include "cilimage.h"
+#include "clickinfoconstruction.h"
+#include "cplcamerainfo.h"
 #include "cplclickinfo.h"
 #include "cplsection.h"
+#include "cplsequenceinfo.h"
+#include "czopreference.h"
 #include "czoslog.h"
+#include "siasetupinfo.h"
 #include "testfiles.h"
 
 #include <QtTest>
@@ -12,6 +20,10 @@
 #include <cmath>
 #include <limits>
 #include <random>
+
+Q_DECLARE_METATYPE(SAutoBkgListInfo)
+
+using Records = QList<SAutoBkgListInfo>;
 
 namespace {
 
@@ -44,7 +56,7 @@ QString logText()
 
 } // namespace
 
-class TestCCDCorrections : public QObject
+class TestAcquisition : public QObject
 {
     Q_OBJECT
 private slots:
@@ -52,8 +64,9 @@ private slots:
     {
         useDataRoot(m_dir.path());
         QVERIFY(CZOSLogEventHandler::install());
-        beginLog(QStringLiteral("tst_ccdcorrections"));
+        beginLog(QStringLiteral("tst_acquisition"));
         QVERIFY(getLogObject());
+        CZOPreference::setAppVersion(QStringLiteral("4.7.2.1234"));
     }
     void cleanupTestCase() { closeLog(); }
 
@@ -345,9 +358,166 @@ private slots:
         QCOMPARE(int(updateDarkChargeImageSection(ci, IT_DARKCHARGE)), int(ES_INVALID_ARGUMENT));
     }
 
+    void writeAndReadBack()
+    {
+        _tagAutoBkgListFileParam t;
+        t.title = "Auto Bkg";
+        t.header1 = "1,a,2,b,c"; // five fields: not read back
+        t.header2 = "h2";
+        t.header3 = "%1";
+        t.column1 = QStringList{"1", "2", "3"};
+        t.column2 = QStringList{" lum ", "b", "c"};
+        t.column3 = QStringList{"4", "8", "30"};
+        t.column4 = QStringList{"x"}; // shorter than the table: empty cells
+        t.column5 = QStringList{"60 sec", "", "c5"}; // an empty fifth value is written, not read
+        t.column6 = QStringList{"z", "w", "v"};
+        t.rowCount = 3;
+        const QString path = m_dir.filePath("written.txt");
+        QVERIFY(QFile(path).open(QIODevice::WriteOnly)); // replaced, not appended to
+        QCOMPARE(int(saveInfoToAutoBkgList(&t, ",", path)), 0);
+        QCOMPARE(readFile(path),
+                 QByteArray("#Auto Bkg\n#Binning Key\n1,a,2,b,c\nh2\n%1\n\n1, lum ,4,x,60 sec,z\n2,b,8,,,w\n3,c,30,,c5,v\n"));
+        Records records{SAutoBkgListInfo("kept", "", "", "")};
+        QCOMPARE(int(readInfoFromAutoBkgList(path, records)), 0);
+        QCOMPARE(records, (Records{SAutoBkgListInfo("kept", "", "", ""), SAutoBkgListInfo("1", " lum ", "4", "60 sec"),
+                                   SAutoBkgListInfo("3", "c", "30", "c5")}));
+        QCOMPARE(int(saveInfoToAutoBkgList(&t, ";", path)), 0);
+        QVERIFY(readFile(path).endsWith("\n3;c;30;;c5;v\n"));
+        QCOMPARE(int(saveInfoToAutoBkgList(nullptr, ",", path)), int(ES_INVALID_POINTER));
+
+        _tagAutoBkgListFileParam empty;
+        QCOMPARE(int(saveInfoToAutoBkgList(&empty, ";", path)), 0);
+        QCOMPARE(readBack(readFile(path)), Records());
+    }
+
+    void lineFilter_data()
+    {
+        QTest::addColumn<QByteArray>("bytes"); QTest::addColumn<Records>("records");
+        const SAutoBkgListInfo first("1", "a", "2", "c"), second("3", "e", "4", "g");
+        QTest::newRow("six fields") << QByteArray("#T\n#Binning Key\n\n1,a,2,b,c,d\n") << Records{first};
+        QTest::newRow("untrimmed") << QByteArray("-1,a ,2, b , c ,") << Records{SAutoBkgListInfo("-1", "a ", "2", " c ")};
+        for (const char *bad : {"1,a,x,b,c,d", "1.5,a,2,b,c,d", ",a,2,b,c,d", "1,a,2,b,,d", "1,a,2,b,c,d,e", "1,a,2,b,c"})
+            QTest::newRow(bad) << QByteArray(bad) << Records();
+        QTest::newRow("LF") << QByteArray("#T\n1,a,2,b,c,d\n3,e,4,f,g,h") << Records{first, second};
+        QTest::newRow("CRLF") << QByteArray("#T\r\n1,a,2,b,c,d\r\n3,e,4,f,g,h\r\n") << Records{first, second};
+        QTest::newRow("CR only") << QByteArray("#T\r1,a,2,b,c,d\r3,e,4,f,g,h\r") << Records{first, second};
+        QTest::newRow("mixed, blank lines") << QByteArray("\r\n\r1,a,2,b,c,d\n\n\r3,e,4,f,g,h") << Records{first, second};
+    }
+
+    void lineFilter()
+    {
+        QFETCH(QByteArray, bytes);
+        QTEST(readBack(bytes), "records");
+    }
+
+    void badPaths()
+    {
+        Records records;
+        QCOMPARE(int(readInfoFromAutoBkgList(m_dir.filePath("missing.txt"), records)), int(ES_READ_FAILED));
+        QCOMPARE(int(readInfoFromAutoBkgList(m_dir.path(), records)), int(ES_READ_FAILED)); // a directory
+        QVERIFY(records.isEmpty());
+        QCoreApplication::sendPostedEvents();
+        QVERIFY(readFile(getLogObject()->fileName()).contains("\n Error opening Auto background configuration file."));
+
+        // Writing where no file can be made fails silently.
+        _tagAutoBkgListFileParam t;
+        t.rowCount = 1;
+        QCOMPARE(int(saveInfoToAutoBkgList(&t, ",", m_dir.path())), 0);
+        QCOMPARE(int(saveInfoToAutoBkgList(&t, ",", m_dir.filePath("no/such/folder.txt"))), 0);
+        QVERIFY(!QFile::exists(m_dir.filePath("no")));
+    }
+
+    void clickAndSequenceNumbers()
+    {
+        CPLClickInfo complete;
+        QCOMPARE(int(createNewClickInfo(&complete, "JD20260101120000", true)), 0);
+        QCOMPARE(complete.getClickNumber(), QString("JD20260101120000"));
+        QCOMPARE(complete.getSection("ClickNumber")->value("Zolvane Version"), QString("4.7.2.1234"));
+        QCOMPARE(complete.getSection("ClickNumber")->value("Complete ClickNumber"), QString("1"));
+        QVERIFY(complete.getSection("User Input") && complete.getSection("Analysis User Input"));
+
+        const QDateTime before = QDateTime::currentDateTime().addSecs(-1);
+        CPLClickInfo stamped;
+        QCOMPARE(int(createNewClickInfo(&stamped, "JD", false)), 0);
+        const QString text = stamped.getClickNumber();
+        QVERIFY(text.size() == 2 + 14 && text.startsWith("JD"));
+        const QDateTime when = QDateTime::fromString(text.mid(2), "yyyyMMddhhmmss");
+        QVERIFY(when >= before && when <= QDateTime::currentDateTime());
+        QCOMPARE(stamped.getSection("ClickNumber")->value("Complete ClickNumber"), QString("0"));
+        QCOMPARE(int(createNewClickInfo(nullptr, "x", true)), int(ES_INVALID_POINTER));
+        CPLClickInfo empty; // the parser refuses an empty click number
+        QCOMPARE(int(createNewClickInfo(&empty, "", true)), int(ES_NO_CLICKNUMBERS));
+        QVERIFY(!empty.getSection("User Input"));
+
+        CPLSequenceInfo seq;
+        seq.addClickNumber("stale");
+        QCOMPARE(int(createNewSeqInfo(&seq, {"A1", "B2"})), 0);
+        QCOMPARE(seq.getClickNumbers(), (QStringList{"A1", "B2"}));
+        QCOMPARE(seq.getSection("Sequence")->value("Zolvane Version"), QString("4.7.2.1234"));
+        CPLSequenceInfo none;
+        QCOMPARE(int(createNewSeqInfo(&none, {})), 0);
+        QVERIFY(none.getSection("Sequence") && none.getSection("User Input"));
+        QCOMPARE(int(createNewSeqInfo(nullptr, {})), int(ES_INVALID_POINTER));
+        CPLSequenceInfo bad;
+        QCOMPARE(int(createNewSeqInfo(&bad, {"A1", ""})), int(ES_INVALID_INPUT));
+        QVERIFY(!bad.getSection("Sequence"));
+    }
+
+    void fileNames()
+    {
+        const QStringList names{"photograph", "luminescent", "readbias", "readsigma", "background", "readbiasonly",
+                                "reference", "structure", "fluorescentbkg", "photograph", "photograph", "photograph",
+                                "x-ray", "photograph"}; // kinds 9-11 and 13 are unlisted
+        for (int type = 0; type < names.size(); ++type) {
+            QCOMPARE(tiffFileNameForImageType(type), names[type] + ".TIF");
+            CPLClickInfo ci;
+            sIASetupInfo setup;
+            QCOMPARE(int(addTiffImageSection(&ci, tag_eimagetype(type), "comment", &setup, false)), 0);
+            QCOMPARE(ci.getSection(imageTypeSectionName(type))->value("File Name"), names[type] + ".TIF");
+        }
+    }
+
+    void roundTripThroughClickInfoFile()
+    {
+        CPLClickInfo ci;
+        QCOMPARE(int(createNewClickInfo(&ci, "RT", false)), 0);
+        CPLCameraInfo camera;
+        QCOMPARE(int(addCameraInfoSection(&camera, &ci)), int(ES_INVALID_POINTER)); // no camera section
+        QCOMPARE(int(addCameraInfoSection(nullptr, &ci)), int(ES_INVALID_POINTER));
+        auto *system = new CPLSection("Camera System Info");
+        system->setValue("Read Bias Lower Limit", "90");
+        camera.addSection(system);
+        QCOMPARE(int(addCameraInfoSection(&camera, &ci)), 0);
+        system->setValue("Read Bias Lower Limit", "changed later"); // the click info holds a copy
+        QCOMPARE(ci.getSection("Camera System Info")->value("Read Bias Lower Limit"), QString("90"));
+        sIASetupInfo setup;
+        setup.exposureTime = 60;
+        QCOMPARE(int(addTiffImageSection(&ci, IT_LUMINESCENT, "(luminescent)", &setup, false)), 0);
+        QCOMPARE(int(addTiffImageSection(nullptr, IT_XRAY, QString(), &setup, false)), int(ES_INVALID_POINTER));
+
+        const QString folder = m_dir.filePath("click-1"); // created by the save
+        QCOMPARE(int(saveNewClickInfo(folder, nullptr)), int(ES_INVALID_POINTER));
+        QCOMPARE(int(saveNewClickInfo(folder, &ci)), 0);
+        CPLClickInfo back;
+        QCOMPARE(int(back.loadClickInfo(folder + "/ClickInfo.txt")), 0);
+        QCOMPARE(back.getClickNumber(), ci.getClickNumber());
+        QCOMPARE(back.sectionCount(), ci.sectionCount()); // the sections' own round trip is the parser's to test
+        QCOMPARE(back.getSection("luminescent image")->value("Exposure Time"), QString("60 sec"));
+        // Only one folder level is created; the save reports the failure.
+        QVERIFY(saveNewClickInfo(m_dir.filePath("missing/click-2"), &ci) != ES_SUCCESS);
+    }
+
 private:
+    Records readBack(const QByteArray &bytes)
+    {
+        const QString path = m_dir.filePath("read.txt");
+        if (!writeFile(path, bytes))
+            return {SAutoBkgListInfo("not written", "", "", "")};
+        Records records;
+        return readInfoFromAutoBkgList(path, records) == ES_SUCCESS ? records : Records{SAutoBkgListInfo("failed", "", "", "")};
+    }
     QTemporaryDir m_dir;
 };
 
-QTEST_GUILESS_MAIN(TestCCDCorrections)
-#include "tst_ccdcorrections.moc"
+QTEST_GUILESS_MAIN(TestAcquisition)
+#include "tst_acquisition.moc"
