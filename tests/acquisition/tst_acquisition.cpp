@@ -64,8 +64,7 @@ private slots:
     {
         useDataRoot(m_dir.path());
         QVERIFY(CZOSLogEventHandler::install());
-        beginLog(QStringLiteral("tst_acquisition"));
-        QVERIFY(getLogObject());
+        QCOMPARE(beginLog(QStringLiteral("tst_acquisition")), 1);
         CZOPreference::setAppVersion(QStringLiteral("4.7.2.1234"));
     }
     void cleanupTestCase() { closeLog(); }
