@@ -92,6 +92,7 @@ private slots:
         QTest::newRow("99 decimals refused") << 1.0 << 99 << 2 << QString();
         QTest::newRow("99 exponent decimals refused") << 1.0 << 2 << 99 << QString();
         QTest::newRow("huge") << 1e300 << 2 << 2 << "1.00e+300";
+        QTest::newRow("no exponent decimals") << 1234567.0 << 2 << 0 << "1e+06";
     }
 
     void doubleToString()
@@ -244,6 +245,7 @@ private slots:
         QTest::newRow("645 red") << 645.0 << 0xFFFF0000u;
         QTest::newRow("780 dim red") << 780.0 << 0xFF610000u;
         QTest::newRow("465 mid blue band") << 465.0 << 0xFF0092FFu;
+        QTest::newRow("441 just into the blue band") << 441.0 << 0xFF000BFFu;
         QTest::newRow("NaN") << std::numeric_limits<double>::quiet_NaN() << 0xFF000000u;
     }
 

@@ -259,9 +259,10 @@ private slots:
         }
         QVERIFY(zosIsSortedAndFinite(x.constData(), y.constData(), count));
         const ZOSAxisMap m(x.first(), x.last(), reversed, 35, 700);
-        QVector<int> general, sorted;
-        zosReducePolyline(x.constData(), y.constData(), count, m, false, true, general, false);
-        zosReducePolyline(x.constData(), y.constData(), count, m, false, true, sorted, true);
+        QVector<int> general, sorted{-9}; // appends after what is there
+        const int n = zosReducePolyline(x.constData(), y.constData(), count, m, false, true, general, false);
+        QCOMPARE(zosReducePolyline(x.constData(), y.constData(), count, m, false, true, sorted, true), n);
+        QCOMPARE(sorted.takeFirst(), -9);
         QCOMPARE(sorted, general);
         QVERIFY(general.size() <= 4 * 702 + 1);
         QCOMPARE(general.first(), 0);
@@ -627,11 +628,11 @@ private slots:
         Core none;
         QVERIFY(none.add("nothing finite", {NaN, Inf}, {1, NaN}));
         none.setReferenceLineY(true);
-        none.setReferenceLinePosY(0.5);
+        none.setReferenceLinePosY(0.0); // an end of the range is inside it
         none.addMarkerX("m", 3, Qt::green);
         const QImage bare = none.render();
         QCOMPARE(count(bare, Black, bare.rect()), 0);
-        QVERIFY(count(bare, Red, QRect(35, 135, 201, 1)) > 190);
+        QVERIFY(count(bare, Red, QRect(35, 235, 201, 1)) > 190);
     }
 
     void curvesAndLegend_data()

@@ -108,9 +108,11 @@ private slots:
             modes << core->getCurrentDisplayMode() << s.displayMode;
         }
         QCOMPARE(modes, (QVector<int>{0, 0, 2, 2, 1, 1}));
-        send(w, QEvent::MouseButtonPress, Qt::RightButton, QPoint(100, 100));
-        QVERIFY(w->findChild<QMenu *>()->isVisible());
-        w->findChild<QMenu *>()->close();
+        for (QEvent::Type click : {QEvent::MouseButtonPress, QEvent::MouseButtonDblClick}) {
+            send(w, click, Qt::RightButton, QPoint(100, 100));
+            QVERIFY(w->findChild<QMenu *>()->isVisible());
+            w->findChild<QMenu *>()->close();
+        }
         auto range = [core] {
             return V{core->getXDisplayMin(), core->getXDisplayMax(), core->getYDisplayMin(), core->getYDisplayMax()};
         };
@@ -173,6 +175,8 @@ private slots:
         QVERIFY(plot.add("trace", {0, 1, 2, 3}, {0, 3, 1, 2}));
         if (auto *painted = qobject_cast<CZOSXYPlot *>(plot.widget.get()))
             painted->addMarkerX("M", 1.5, Qt::green);
+        else // the GL layout draws error bars
+            QVERIFY(static_cast<CZOSGLXYPlot *>(plot.widget.get())->addDataLine("bars", {0, 3}, {1, 1}, {}, {0.5, 0.5}));
         const QString path = m_dir.filePath(kind + "." + suffix);
         const QSize size(640, 360);
         QVERIFY(plot.exportPlot(path, size));
@@ -331,7 +335,7 @@ private slots:
         QTest::newRow("plus") << int(EPS_PLUS) << arms << far + QVector<QPoint>{{3, 3}, {-3, -3}, {-3, 3}, {3, -3}};
         // The rising stroke of a cross lands a pixel apart in GL and QPainter; the falling one agrees.
         QTest::newRow("cross") << int(EPS_CROSS) << QVector<QPoint>{{-3, -3}, {3, 3}, {-2, -2}, {2, 2}}
-                               << far + QVector<QPoint>{{3, 0}, {0, 3}, {-3, 0}, {0, -3}, {6, 6}, {-6, -6}};
+                               << far + QVector<QPoint>{{3, 0}, {0, 3}, {-3, 0}, {0, -3}, {-4, 0}, {0, 4}, {6, 6}, {-6, -6}};
         QTest::newRow("round") << int(EPS_ROUND) << arms << far + QVector<QPoint>{{-5, -5}, {5, 5}, {-5, 5}, {5, -5}};
         QTest::newRow("square") << int(EPS_SQUARE) << QVector<QPoint>{{-3, -3}, {3, 3}, {-3, 3}, {3, -3}}
                                 << far + QVector<QPoint>{{6, 6}, {-6, -6}};

@@ -118,6 +118,7 @@ private slots:
     void firstSaveWritesTheLayoutByteForByte()
     {
         CPLPreferenceUser user(QStringLiteral("JD"), QStringLiteral("secret"));
+        QCOMPARE(user.getCurrentSessionTime(), QTime(0, 0)); // no session yet
         QCOMPARE(user.saveData(), ES_SUCCESS);
         QVERIFY(!user.isSaveRequired());
         QByteArray expected = "*** User Input:\t(User Profile)\r\nUser ID:\tJD\r\n"
@@ -224,6 +225,7 @@ private slots:
                                                << "G1";
         QTest::newRow("broken section between good ones")
             << good + "*** B:\r\nno separator here\r\n\r\n*** C:\r\nk:\tv\r\n\r\n" << QStringList{"A", "C"} << "G1";
+        QTest::newRow("lone CR line ends") << QByteArray(good).replace("\r\n", "\r") << QStringList{"A"} << "G1";
         QTest::newRow("no label block, stray lines") << kHeader + "*** A:\r\nk:\tv\r\n\r\njunk line\r\n*** C:\r\nk:\tv\r\n"
                                                      << QStringList{"A", "C"} << QString();
     }
@@ -526,19 +528,20 @@ private slots:
             "3D View Preferences", {{"3D View Background Color Type", "2"}, {"3D View Background Solid Color", "10 20"},
                                     {"Fluor Color table", "Grays"}, {"Fluor Color Table", "wrong case is another key"},
                                     {"Lumin Reverse Checkbox", "0"}, {"3DVolume Reverse CheckBox", "5"},
-                                    {"2D Text Size", "twelve"}, {"3D Text Size", "14"}}));
+                                    {"2D Text Size", "twelve"}, {"3D Text Size", "14"}, {"3DVolume Color Table", "Hot"}}));
         QCOMPARE(user->saveData(), ES_SUCCESS);
 
         S3DViewSettings s;
         QVERIFY(CZOPreference::get3DViewPreferencesFromFile(s));
         // Unreadable or missing values take their defaults.
         QCOMPARE((QVariantList{s.nBackgroundColorType, s.oBackgroundSolidColor, s.strFluorColorTable, s.bLuminReverse,
-                               s.b3DVolumeReverse, s.n2DTextSize, s.n3DTextSize, s.strLuminColorTable}),
-                 (QVariantList{2, QColor(10, 20, 0), "Grays", false, true, 8, 14, "Rainbow"}));
-        QCOMPARE((QVector<QColor>{CZOPreference::getPresetColor("Dusk").oTopColor,
-                                  CZOPreference::getPresetColor("Daylight").oBottomColor,
-                                  CZOPreference::getPresetColor("unknown").oTopColor}),
-                 (QVector<QColor>{QColor(0, 0, 122), QColor(200, 228, 255), QColor(0, 0, 0)}));
+                               s.b3DVolumeReverse, s.n2DTextSize, s.n3DTextSize, s.strLuminColorTable,
+                               s.str3DVolumeColorTable, s.oGradientTopColor, s.oGradientBottomColor}),
+                 (QVariantList{2, QColor(10, 20, 0), "Grays", false, true, 8, 14, "Rainbow", "Hot", QColor(0, 0, 0), QColor(0, 0, 0)}));
+        QString presets; // each preset's top and bottom colour; an unknown name gets the first
+        for (const QString &name : CZOPreference::getPresetColorNames() + QStringList("unknown"))
+            presets += CZOPreference::getPresetColor(name).oTopColor.name() + CZOPreference::getPresetColor(name).oBottomColor.name();
+        QCOMPARE(presets, "#000000#000000#3298ff#c8e4ff#00007a#6c7ca7#000000#000000");
         CZOPreference::initialize3DViewPreferences();
         QCOMPARE(CZOPreference::getDefault3DViewSettings().n3DTextSize, 14);
     }
