@@ -1,7 +1,7 @@
+#include "answerer.h"
 #include "czoserrorhandler.h"
 #include "czoutilityfns.h"
 
-#include <QtTest>
 #include <QAbstractButton>
 #include <QMainWindow>
 #include <QPushButton>
@@ -22,16 +22,11 @@ struct Seen {
     bool stillOpenAfterEscape = false;
 };
 
-// Waits for the next modal message box, records it, then lets `answer` close it.
-void answerNextBox(Seen *seen, std::function<void(QMessageBox *)> answer)
+// A step that records what the box looked like while it was open, then lets `answer` close it.
+Answerer::Step noting(Seen *seen, std::function<void(QMessageBox *)> answer)
 {
-    auto *timer = new QTimer;
-    QObject::connect(timer, &QTimer::timeout, [timer, seen, answer] {
-        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        if (!box || !box->isVisible())
-            return;
-        timer->stop();
-        timer->deleteLater();
+    return [seen, answer](QWidget *w) {
+        auto *box = static_cast<QMessageBox *>(w);
         seen->shown = true;
         seen->text = box->text();
         seen->title = box->windowTitle();
@@ -42,8 +37,7 @@ void answerNextBox(Seen *seen, std::function<void(QMessageBox *)> answer)
         for (QAbstractButton *b : box->buttons())
             seen->buttons << b->text().remove(QLatin1Char('&'));
         answer(box);
-    });
-    timer->start(5);
+    };
 }
 
 QAbstractButton *buttonWithText(QMessageBox *box, const QString &text)
@@ -78,7 +72,7 @@ private slots:
         CZOUtilityFns::setCanClose(false); // a period already running must survive the box
 
         Seen seen;
-        answerNextBox(&seen, [](QMessageBox *box) { box->button(QMessageBox::Ok)->click(); });
+        Answerer answerer({noting(&seen, [](QMessageBox *box) { box->button(QMessageBox::Ok)->click(); })});
         CZOSErrorHandler::errorMessage(nullptr, ES_OPEN_FAILED, QStringLiteral("/data/mouse 7/ClickInfo.txt"));
 
         QVERIFY(seen.shown);
@@ -103,14 +97,14 @@ private slots:
                            QMessageBox::Ok | QMessageBox::Cancel, nullptr, Qt::Dialog, false);
         QVERIFY(!box.mayReject());
         Seen seen;
-        answerNextBox(&seen, [&seen](QMessageBox *b) {
+        Answerer answerer({noting(&seen, [&seen](QMessageBox *b) {
             QTest::keyClick(b, Qt::Key_Escape);
             b->close();
             b->reject();
             QCoreApplication::processEvents();
             seen.stillOpenAfterEscape = b->isVisible();
             b->button(QMessageBox::Ok)->click();
-        });
+        })});
         QCOMPARE(box.exec(), int(QMessageBox::Ok));
         QCOMPARE(seen.parent, nullptr);
         QVERIFY(seen.stillOpenAfterEscape);
@@ -145,14 +139,14 @@ private slots:
         const QString a = QStringLiteral("Now"), b = QStringLiteral("Later"), c = QStringLiteral("Never");
 
         Seen seen;
-        answerNextBox(&seen, [press](QMessageBox *box) {
+        Answerer answerer({noting(&seen, [press](QMessageBox *box) {
             if (press == QLatin1String("enter"))
                 QTest::keyClick(box, Qt::Key_Return);
             else if (press == QLatin1String("escape"))
                 QTest::keyClick(box, Qt::Key_Escape);
             else
                 buttonWithText(box, press)->click();
-        });
+        })});
         const QHash<QString, std::function<int()>> show{
             {"error", [&] { return CZOSMessageBox::error(nullptr, title, text, QMessageBox::Retry, abort); }},
             {"question", [&] { return CZOSMessageBox::question(nullptr, title, text, yes, no); }},

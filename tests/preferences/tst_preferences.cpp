@@ -1,5 +1,6 @@
 // User profiles, the manager that loads and activates them, and the store's
 // statics, each test in a fresh set of folders.
+#include "answerer.h"
 #include "cpllabeldataset.h"
 #include "cplpreferencekey.h"
 #include "cplpreferencekeylist.h"
@@ -460,13 +461,27 @@ private slots:
 
     void selectionThroughTheDialog()
     {
-        // Nobody to choose: "_none_" is the only entry and chooses nobody.
         QStringList items;
-        answerDialog([&items](CZOSUserIDDialog *dialog) {
-            for (int i = 0; i < dialog->userComboBox()->count(); ++i)
-                items << dialog->userComboBox()->itemText(i);
-            dialog->accept();
-        });
+        QString seen;
+        Answerer answer({[&items](QWidget *w) {
+                             auto *dialog = static_cast<CZOSUserIDDialog *>(w);
+                             for (int i = 0; i < dialog->userComboBox()->count(); ++i)
+                                 items << dialog->userComboBox()->itemText(i);
+                             dialog->accept();
+                         },
+                         [&seen](QWidget *w) {
+                             auto *dialog = static_cast<CZOSUserIDDialog *>(w);
+                             dialog->passwordEdit()->setText("wrong");
+                             dialog->accept();
+                             seen = dialog->userComboBox()->currentText() + (dialog->isVisible() && !dialog->message().isEmpty() ? "+" : "");
+                             dialog->reject();
+                         },
+                         [](QWidget *w) {
+                             static_cast<CZOSUserIDDialog *>(w)->passwordEdit()->setText("c");
+                             QTest::keyClick(static_cast<CZOSUserIDDialog *>(w)->passwordEdit(), Qt::Key_Return);
+                         }},
+                        [this] { return manager()->selectionDialog(); });
+        // Nobody to choose: "_none_" is the only entry and chooses nobody.
         QCOMPARE(manager()->selectUser(QString()), ES_UNKNOWN_ERROR);
         QCOMPARE(items, QStringList{"_none_"});
         QVERIFY(!manager()->getActiveUser());
@@ -475,23 +490,12 @@ private slots:
         // A wrong password keeps the dialog open with a message; cancelling changes nothing.
         manager()->addUser("AB", "a");
         manager()->addUser("CD", "c");
-        QString seen;
-        answerDialog([&seen](CZOSUserIDDialog *dialog) {
-            dialog->passwordEdit()->setText("wrong");
-            dialog->accept();
-            seen = dialog->userComboBox()->currentText() + (dialog->isVisible() && !dialog->message().isEmpty() ? "+" : "");
-            dialog->reject();
-        });
         QCOMPARE(manager()->selectUser("CD"), ES_UNKNOWN_ERROR);
         QCOMPARE(seen, QStringLiteral("CD+"));
         QVERIFY(!manager()->getActiveUser());
-
-        answerDialog([](CZOSUserIDDialog *dialog) {
-            dialog->passwordEdit()->setText("c");
-            QTest::keyClick(dialog->passwordEdit(), Qt::Key_Return);
-        });
         QCOMPARE(manager()->selectUser("CD"), ES_UNKNOWN_ERROR);
         QCOMPARE(manager()->getActiveUserName(), QStringLiteral("CD"));
+        QCOMPARE(answer.seen.size(), 3);
     }
 
     void labelData()
@@ -721,21 +725,6 @@ private:
         return user->loadData(path(name)) == ES_SUCCESS ? user : (delete user, nullptr);
     }
     QString path(const QString &name) const { return m_folders.profilesFolder() + name + ".txt"; }
-    // Runs `answer` on the selection dialog once it is shown.
-    void answerDialog(std::function<void(CZOSUserIDDialog *)> answer)
-    {
-        auto *timer = new QTimer(this);
-        timer->setInterval(10);
-        connect(timer, &QTimer::timeout, this, [this, timer, answer] {
-            CZOSUserIDDialog *dialog = manager()->selectionDialog();
-            if (!dialog || !dialog->isVisible())
-                return;
-            timer->stop();
-            timer->deleteLater();
-            answer(dialog);
-        });
-        timer->start();
-    }
     CPLPreferenceManager *manager() { return CZOPreference::getPreferenceManager(); }
     CZOSSettings *settings() { return CZOPreference::getSettings(); }
     PrefsFolders m_folders;

@@ -1,71 +1,15 @@
+#include "answerer.h"
 #include "czopreference.h"
 #include "czosfiledialog.h"
 #include "czossettings.h"
 #include "czoutilityfns.h"
 
-#include <QComboBox>
-#include <QFileDialog>
-#include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
-#include <QtTest>
-
-#include <functional>
 
 namespace {
 
-using Step = std::function<void(QWidget *)>;
-
-// Answers the application's modal dialogs, one step per dialog seen, and records each: "file <folder> <filters>"
-// or "box <title>|<text>". A dialog beyond the steps is recorded as "unexpected" and closed, so a test fails
-// instead of hanging.
-class Answerer : public QObject
-{
-public:
-    explicit Answerer(QList<Step> steps) : m_steps(std::move(steps))
-    {
-        connect(&m_timer, &QTimer::timeout, this, &Answerer::poll);
-        m_timer.start(20);
-    }
-    QStringList seen;
-
-private:
-    void poll()
-    {
-        QWidget *w = QApplication::activeModalWidget();
-        if (!w || !w->isVisible() || m_busy)
-            return;
-        if (auto *d = qobject_cast<QFileDialog *>(w))
-            seen << "file " + d->directory().absolutePath() + ' ' + d->nameFilters().join('|');
-        else if (auto *box = qobject_cast<QMessageBox *>(w))
-            seen << "box " + box->windowTitle() + '|' + box->text();
-        if (m_steps.isEmpty()) {
-            seen.last().prepend("unexpected ");
-            return static_cast<QDialog *>(w)->reject();
-        }
-        // From an event of its own: the step may open a nested modal dialog.
-        m_busy = true;
-        QTimer::singleShot(0, w, [this, w, step = m_steps.takeFirst()] { m_busy = false, step(w); });
-    }
-    QList<Step> m_steps;
-    QTimer m_timer;
-    bool m_busy = false;
-};
-
-// Chooses `filter` when given, types `name` and presses Return, as a user would.
-Step type(const QString &name, const QString &filter = QString())
-{
-    return [name, filter](QWidget *w) {
-        auto *combo = w->findChild<QComboBox *>("fileTypeCombo");
-        const int index = combo && !filter.isEmpty() ? combo->findText(filter) : -1;
-        if (index >= 0)
-            combo->setCurrentIndex(index), emit combo->activated(index);
-        auto *edit = w->findChild<QLineEdit *>("fileNameEdit");
-        edit->clear();
-        QTest::keyClicks(edit, name);
-        QTest::keyClick(edit, Qt::Key_Return);
-    };
-}
+using Step = Answerer::Step;
+Step type(const QString &name, const QString &filter = {}) { return Answerer::type(name, filter); }
 
 const Step escape = [](QWidget *w) { QTest::keyClick(w, Qt::Key_Escape); };
 

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDialog>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QTimer>
+#include <QtTest>
+
+#include <functional>
+
+// Answers the application's modal dialogs, one step per dialog seen, and records each: "file <folder> <filters>",
+// "box <title>|<text>" or "dialog <title>". A dialog beyond the steps is recorded as "unexpected" and closed, so a
+// test fails instead of hanging. A dialog that is shown first and then run is not modal: `find` finds it.
+class Answerer : public QObject
+{
+public:
+    using Step = std::function<void(QWidget *)>;
+    explicit Answerer(QList<Step> steps, std::function<QWidget *()> find = &QApplication::activeModalWidget)
+        : m_steps(std::move(steps)), m_find(std::move(find))
+    {
+        connect(&m_timer, &QTimer::timeout, this, &Answerer::poll);
+        m_timer.start(20);
+    }
+    QStringList seen;
+
+    // Chooses `filter` when given, types `name` and presses Return, as a user would.
+    static Step type(const QString &name, const QString &filter = QString())
+    {
+        return [name, filter](QWidget *w) {
+            auto *combo = w->findChild<QComboBox *>("fileTypeCombo");
+            const int index = combo && !filter.isEmpty() ? combo->findText(filter) : -1;
+            if (index >= 0)
+                combo->setCurrentIndex(index), emit combo->activated(index);
+            auto *edit = w->findChild<QLineEdit *>("fileNameEdit");
+            edit->clear();
+            QTest::keyClicks(edit, name);
+            QTest::keyClick(edit, Qt::Key_Return);
+        };
+    }
+
+private:
+    void poll()
+    {
+        QWidget *w = m_find();
+        if (!w || !w->isVisible() || m_busy)
+            return;
+        if (auto *d = qobject_cast<QFileDialog *>(w))
+            seen << "file " + d->directory().absolutePath() + ' ' + d->nameFilters().join('|');
+        else if (auto *box = qobject_cast<QMessageBox *>(w))
+            seen << "box " + box->windowTitle() + '|' + box->text();
+        else
+            seen << "dialog " + w->windowTitle();
+        if (m_steps.isEmpty()) {
+            seen.last().prepend("unexpected ");
+            return static_cast<QDialog *>(w)->reject();
+        }
+        // From an event of its own: the step may open a nested modal dialog.
+        m_busy = true;
+        QTimer::singleShot(0, w, [this, w, step = m_steps.takeFirst()] { m_busy = false, step(w); });
+    }
+    QList<Step> m_steps;
+    std::function<QWidget *()> m_find;
+    QTimer m_timer;
+    bool m_busy = false;
+};
