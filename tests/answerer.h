@@ -6,6 +6,7 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPointer>
 #include <QTimer>
 #include <QtTest>
 
@@ -13,7 +14,8 @@
 
 // Answers the application's modal dialogs, one step per dialog seen, and records each: "file <folder> <filters>",
 // "box <title>|<text>" or "dialog <title>". A dialog beyond the steps is recorded as "unexpected" and closed, so a
-// test fails instead of hanging. A dialog that is shown first and then run is not modal: `find` finds it.
+// test fails instead of hanging. Each showing of a dialog takes one step, however slowly it closes. A dialog that is
+// shown first and then run is not modal: `find` finds it.
 class Answerer : public QObject
 {
 public:
@@ -45,7 +47,7 @@ private:
     void poll()
     {
         QWidget *w = m_find();
-        if (!w || !w->isVisible() || m_busy)
+        if (!w || !w->isVisible() || m_busy || w == m_answered)
             return;
         if (auto *d = qobject_cast<QFileDialog *>(w))
             seen << "file " + d->directory().absolutePath() + ' ' + d->nameFilters().join('|');
@@ -59,10 +61,19 @@ private:
         }
         // From an event of its own: the step may open a nested modal dialog.
         m_busy = true;
+        m_answered = w;
+        w->installEventFilter(this);
         QTimer::singleShot(0, w, [this, w, step = m_steps.takeFirst()] { m_busy = false, step(w); });
+    }
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (watched == m_answered && event->type() == QEvent::Hide)
+            m_answered = nullptr;
+        return false;
     }
     QList<Step> m_steps;
     std::function<QWidget *()> m_find;
+    QPointer<QWidget> m_answered;
     QTimer m_timer;
     bool m_busy = false;
 };

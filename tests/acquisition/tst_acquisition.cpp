@@ -10,6 +10,7 @@
 #include "cplsection.h"
 #include "cplsequenceinfo.h"
 #include "czopreference.h"
+#include "czoutilityfns.h"
 #include "czoslog.h"
 #include "siasetupinfo.h"
 #include "testfiles.h"
@@ -505,6 +506,9 @@ private slots:
         // Only one folder level is created; the save reports the failure.
         QVERIFY(saveNewClickInfo(m_dir.filePath("missing/click-2"), &ci) != ES_SUCCESS);
     }
+
+    // Batch tools call these helpers without a GUI, where the busy cursor is nothing at all.
+    void cursorWithoutAGui() { CZOUtilityFns::setCursor(ECURSOR_WAIT), CZOUtilityFns::restoreCursor(); }
 
 private:
     Records readBack(const QByteArray &bytes)

@@ -168,6 +168,8 @@ private slots:
                 QCOMPARE(parser.setCSVColumnValue(0, 0, "key"), ES_SUCCESS);
                 model.set(0, 0, "key");
                 QCOMPARE(readFile(path()), model.text());
+            } else if (step == 30) { // or replaces the file, as a save does: the parser follows the new one
+                QVERIFY(writeFile(path("new"), model.text()) && QFile::remove(path()) && QFile::rename(path("new"), path()));
             }
             model.openLast = false;
             switch (random() % 4) {

@@ -33,7 +33,8 @@ public:
         CZOSPlotCore::setQuvelPlotYAxisUnitType, CZOSPlotCore::setReferenceLinePosX, CZOSPlotCore::setReferenceLinePosY,
         CZOSPlotCore::setReferenceLineX, CZOSPlotCore::setReferenceLineY, CZOSPlotCore::setShadedRectangleParams,
         CZOSPlotCore::setVisibleShadedRectangle, CZOSPlotCore::toolTipTextAt, CZOSPlotCore::writeDataToFile,
-        CZOSPlotCore::convertObjectToNormalizedCoords, CZOSPlotCore::convertNormalizedToObjectCoords;
+        CZOSPlotCore::convertObjectToNormalizedCoords, CZOSPlotCore::convertNormalizedToObjectCoords,
+        CZOSPlotCore::removeMarkerX, CZOSPlotCore::removeMarkerY;
     bool add(const QString &name, const V &x, const V &y, const V &ex = {}, const V &ey = {},
              const DISPLAY_SETTINGS *settings = nullptr, const QStringList &labels = {})
     {
@@ -111,6 +112,7 @@ private slots:
     {
         QFETCH(V, x); QFETCH(V, y); QFETCH(V, ex); QFETCH(V, ey); QFETCH(V, expected);
         const ZOSPlotExtent e = zosLineExtent(view(x, y, ex, ey));
+        QVERIFY(!zosLineExtent({nullptr, y.constData(), 1}).valid && !zosLineExtent({x.constData(), nullptr, 1}).valid);
         QCOMPARE(e.valid, !expected.isEmpty());
         if (e.valid)
             QCOMPARE((V{e.xMin, e.yMin, e.xMax, e.yMax}), expected);
@@ -140,10 +142,10 @@ private slots:
         QTEST((V{r.xDisplayMin, r.xDisplayMax, r.yDisplayMin, r.yDisplayMax}), "display");
         QVERIFY(r.drawable);
         QVERIFY(!zosDetermineRanges(ZOSPlotExtent(), false).drawable);
-        const ZOSPlotRanges z = zosViewRanges(r.extent, 1, 2, 3, 3 + 1e-13);
+        const ZOSPlotRanges z = zosViewRanges(r.extent, 1, 2, 3, 3 + 5e-13);
         QCOMPARE((V{z.xDisplayMin, z.xDisplayMax, z.yDisplayMin}), (V{1, 2, 3}));
         QVERIFY(!z.drawable); // a span below 1e-12; one of 1e-12 still draws
-        QVERIFY(zosViewRanges(r.extent, 0, 1e-12, 0, 1e-12).drawable);
+        QVERIFY(zosViewRanges(r.extent, 0, 1e-12, 0, 1e-12).drawable && !zosViewRanges(r.extent, 0, 5e-13, 0, 1).drawable);
     }
 
     void tickLabels_data()
@@ -339,6 +341,7 @@ private slots:
         QCOMPARE(core.m_changes, 0);
         QVERIFY(core.add("a", {1, 2}, {1, 2}, {}, {1, 2, 3, 4}));
         QCOMPARE(core.getPlotList().value("a")->nYErrors, 2); // cut to the points
+        QVERIFY(core.getYDisplayMax() >= 4); // and widening the range
         QVERIFY(core.add("b", {1, 2}, {3, 4}));
         DISPLAY_SETTINGS s;
         QVERIFY(core.getDisplaySettings("a", s));
@@ -602,6 +605,7 @@ private slots:
         core.setReferenceLinePosX(0.75);
         core.setReferenceLinePosY(0.5); // but not shown
         const QImage image = core.render();
+        QVERIFY(!core.removeMarkerX("absent") && !core.removeMarkerY("absent"));
         const QRgb grey = QColor(Qt::lightGray).rgb() & 0xFFFFFF;
         for (double v : core.xLabelValues())
             if (v > 0 && v != 50 && v != 150)

@@ -1,6 +1,7 @@
 // The two plot widgets as a user drives them: menus, mouse zoom and pan,
 // signals, exports and the GL picture. The arithmetic behind them is the
 // core's test.
+#include "answerer.h"
 #include "czosglxyplot.h"
 #include "czosxyplot.h"
 #include "testfiles.h"
@@ -8,6 +9,8 @@
 #include <QAction>
 #include <QActionGroup>
 #include <QClipboard>
+#include <QDialogButtonBox>
+#include <QPushButton>
 #include <QFile>
 #include <QMenu>
 #include <QSignalSpy>
@@ -205,6 +208,25 @@ private slots:
         QCOMPARE(QGuiApplication::clipboard()->image().size(), QSize(120, 90));
     }
 
+    // The menu's export asks for a file, then for the size, which starts at the plot's own.
+    void exportFromTheMenu()
+    {
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        Plot plot = makePlot("painted");
+        QVERIFY(plot.add("l", {0, 1}, {0, 1}));
+        const QString name = m_dir.filePath("menu");
+        Answerer answer({[name](QWidget *w) {
+                             w->findChild<QLineEdit *>("fileNameEdit")->setText(name);
+                             QTest::keyClick(w->findChild<QLineEdit *>("fileNameEdit"), Qt::Key_Return);
+                         },
+                         [](QWidget *w) { w->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click(); }});
+        for (QAction *action : plot.widget->findChild<QMenu *>()->actions())
+            if (action->text() == "Export as PNG...")
+                action->trigger();
+        QCOMPARE(QImage(m_dir.filePath("menu.png")).size(), QSize(400, 300)); // the suffix added
+        QCOMPARE(answer.seen.size(), 2);
+    }
+
     void paintedPlotSignals()
     {
         CZOSXYPlot plot(nullptr, "plot");
@@ -271,6 +293,7 @@ private slots:
         plot.convertObjectToWindowCoords(0, plot.getYDisplayMin(), axisLeft, axisY);
         QVERIFY(countWhere(image, QRect(x0 - 1, y1 + 5, 3, y0 - y1 - 20), isDark) >= y0 - y1 - 20);
         QVERIFY(countWhere(image, QRect(x0 + 5, axisY - 1, x1 - x0 - 10, 3), isDark) >= x1 - x0 - 10);
+        QVERIFY(countWhere(image, QRect(x0 - 10, axisY + 8, x1 - x0 + 20, 14), isDark) > 20); // tick labels over the picture
         // The curve rises from the bottom left; the first point carries a red error bar.
         QVERIFY(countWhere(image, QRect(x0 + 1, y0 - 20, 20, 19), isBlue) > 3);
         QCOMPARE(countWhere(image, QRect(x1 - 20, y0 - 20, 19, 19), isBlue), 0);
@@ -335,7 +358,7 @@ private slots:
         QTest::newRow("plus") << int(EPS_PLUS) << arms << far + QVector<QPoint>{{3, 3}, {-3, -3}, {-3, 3}, {3, -3}};
         // The rising stroke of a cross lands a pixel apart in GL and QPainter; the falling one agrees.
         QTest::newRow("cross") << int(EPS_CROSS) << QVector<QPoint>{{-3, -3}, {3, 3}, {-2, -2}, {2, 2}}
-                               << far + QVector<QPoint>{{3, 0}, {0, 3}, {-3, 0}, {0, -3}, {-4, 0}, {0, 4}, {6, 6}, {-6, -6}};
+                               << far + QVector<QPoint>{{3, 0}, {0, 3}, {-3, 0}, {0, -3}, {-4, 0}, {0, 4}, {4, 0}, {6, 6}, {-6, -6}};
         QTest::newRow("round") << int(EPS_ROUND) << arms << far + QVector<QPoint>{{-5, -5}, {5, 5}, {-5, 5}, {5, -5}};
         QTest::newRow("square") << int(EPS_SQUARE) << QVector<QPoint>{{-3, -3}, {3, 3}, {-3, 3}, {3, -3}}
                                 << far + QVector<QPoint>{{6, 6}, {-6, -6}};

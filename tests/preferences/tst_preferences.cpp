@@ -210,6 +210,9 @@ private slots:
         QCOMPARE(text, QStringLiteral("Mine"));
         CPLPreferenceUser(QStringLiteral(".txt"), QString()).getUserName(&text);
         QCOMPARE(text, QString());
+        // Far larger than any profile (sparse here): refused before it is read.
+        QVERIFY(QFile(path("AB")).resize(qint64(256) * 1024 * 1024 + 1));
+        QCOMPARE(user.loadData(path("AB")), ES_OPEN_FAILED);
     }
 
     void damagedProfilesLoad_data()
@@ -427,6 +430,9 @@ private slots:
         QCOMPARE(manager()->setActiveUser(0), ES_SUCCESS);
         QCOMPARE(m_folders.load(), ES_SUCCESS); // reloading forgets the active user
         QVERIFY(!manager()->getActiveUser() && manager()->getActiveUserName().isEmpty());
+        QCOMPARE(beginLog(QStringLiteral("Test")), 1); // nobody to log out
+        closeLog();
+        QCOMPARE(readFile(m_folders.dir->filePath("data/zoactivity.log")).count("Logged OUT"), 1);
     }
 
     void deletingUsers()
@@ -442,13 +448,13 @@ private slots:
         QCOMPARE(manager()->deleteActiveUser(), ES_UNKNOWN_ERROR);
         QCOMPARE(manager()->deleteUser("ZZ"), ES_UNKNOWN_ERROR);
 
-        QCOMPARE(manager()->setActiveUser(1), ES_SUCCESS);
+        QCOMPARE(manager()->setActiveUser(0), ES_SUCCESS);
         QCOMPARE(manager()->deleteActiveUser(), ES_SUCCESS);
         QVERIFY(manager()->getActiveUserName().isEmpty());
-        QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + "BB.txt"));
-        QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + "ROIs for BB"));
-        QCOMPARE(manager()->deleteUser("AA"), ES_SUCCESS);
+        QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + "AA.txt"));
         QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + "ROIs for AA"));
+        QCOMPARE(manager()->deleteUser("BB"), ES_SUCCESS);
+        QVERIFY(!QFileInfo::exists(m_folders.profilesFolder() + "ROIs for BB"));
         QStringList *names = nullptr;
         manager()->getAllUserNames(&names);
         QCOMPARE(*names, QStringList{"CC"});
@@ -548,6 +554,9 @@ private slots:
         QCOMPARE(presets, "#000000#000000#3298ff#c8e4ff#00007a#6c7ca7#000000#000000");
         CZOPreference::initialize3DViewPreferences();
         QCOMPARE(CZOPreference::getDefault3DViewSettings().n3DTextSize, 14);
+        QColor lumin, fluor;
+        CZOPreference::getPreferredROILineColor(false, lumin), CZOPreference::getPreferredROILineColor(true, fluor);
+        QCOMPARE((QVector<QColor>{lumin, fluor}), (QVector<QColor>{Qt::red, Qt::blue}));
     }
 
     void saveFilters_data()
@@ -683,9 +692,10 @@ private slots:
         const CZOSSettings *s = settings();
         QCOMPARE((QVariantList{s->getOpenPath(), s->getExportPath(), s->getMRUString(0), s->getMRUString(1),
                                s->getMainWndRect(), int(s->getMainWndState()), s->getProfileSettings().oLineColor,
-                               s->getProfileSettings().oBackColor, s->getProfileSettings().oRect}),
+                               s->getProfileSettings().oBackColor, s->getProfileSettings().oRect, s->getToolPanelRect()}),
                  (QVariantList{"/open", "/export", "/two.tif", "/one.tif", QRect(QPoint(10, 20), QPoint(800, 600)),
-                               int(WND_STATE_MAXIMIZED), QColor(1, 2, 3), QColor(4, 5, 6), QRect(7, 8, 9, 10)}));
+                               int(WND_STATE_MAXIMIZED), QColor(1, 2, 3), QColor(4, 5, 6), QRect(7, 8, 9, 10),
+                               QRect(QPoint(-1, -1), QPoint(-1, -1))})); // the tool panel's, never written
         std::swap(*settings(), fresh);
     }
 

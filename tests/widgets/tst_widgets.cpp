@@ -113,6 +113,11 @@ private slots:
         QCOMPARE(combo.currentIndex(), 1);
         combo.setCurrentIndex(0); // choosing in the combo moves the check marks
         QCOMPARE(texts(combo, true), QStringList({probe(60)}));
+        // Reading the file again finds every probe again; a rebuilt menu replaces the old one.
+        delete combo.createTreeModelFromFile(probesPath());
+        combo.setAllowSelectMultiMenuItem(true), QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCOMPARE(combo.loadedProbeCount(), 100);
+        QCOMPARE(combo.findChildren<QMenu *>(QString(), Qt::FindDirectChildrenOnly).size(), 1);
     }
 
     void displayTypes()
