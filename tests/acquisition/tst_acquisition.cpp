@@ -191,7 +191,11 @@ private slots:
     {
         CILImage other(4, 4), wrong(4, 3), e1, e2, e3, e4;
         other.fill(9);
-        QVERIFY(!createReadSigmaImage(nullptr, &other, nullptr, &other, &other, 0, 10, 1));
+        for (int missing = 0; missing < 4; ++missing) {
+            CILImage *at[4] = {&other, &other, &other, &other};
+            at[missing] = nullptr;
+            QVERIFY(!createReadSigmaImage(at[0], at[1], nullptr, at[2], at[3], 0, 10, 1));
+        }
         QVERIFY(!createReadSigmaImage(&wrong, &other, nullptr, &other, &other, 0, 10, 0));
         QCOMPARE(other.pixel(0, 0), quint16(9)); // not cleared
         QVERIFY(createReadSigmaImage(&e1, &e2, nullptr, &e3, &e4, 0, 10, 0));

@@ -102,6 +102,7 @@ private slots:
         CZOSPlotCore *core = plot.core;
         auto *group = w->findChild<QActionGroup *>();
         QVERIFY(group->actions().at(1)->isChecked()); // lines by default
+        QVERIFY(kind == "gl" || w->hasMouseTracking()); // the painted plot's read-outs follow the bare cursor
         QVERIFY(plot.add("l", {10, 20}, {0, 100}));
         QVector<int> modes;
         DISPLAY_SETTINGS s;
@@ -328,8 +329,9 @@ private slots:
         s.displayMode = EDM_STAIRCASE;
         QVERIFY(plot.addDataLine("p", {1, 2, 3, 2, 3}, {1, 2, 3, 4, 5}, {}, {}, &s));
         plot.setBackwards(false);
-        plot.getPrintImage();
+        const QRect stairs = blueBox(plot.getPrintImage());
         QCOMPARE(plot.lastStripSizes(), (QVector<int>{5, 3}));
+        QVERIFY(qAbs(stairs.top() - blueBox(plot.renderImage()).top()) <= 2); // the second piece drawn too
         // A long curve is reduced to a few points a column, unless asked not to.
         V lx(200000), ly(200000);
         for (int i = 0; i < lx.size(); ++i)

@@ -516,6 +516,7 @@ private slots:
         CPLPreferenceUser user; // the first set is a set like the others
         CPLLabelDataSet *set = nullptr;
         QVERIFY(user.setActiveLabelData(0) == ES_SUCCESS && user.getActiveLabelData(&set) == ES_SUCCESS && set);
+        QCOMPARE(user.setActiveLabelData(2), ES_SUCCESS);
         // A damaged set is reported, and the good ones before and after it still load.
         text = "*** User Label Name Set:\tMice\r\nAge:\t\r\n\r\n*** User Label Name Set:\tBroken\r\nno separator\r\n\r\n"
                "*** User Label Name Set:\tPlates\r\nWell:\t\r\n\r\n";
@@ -526,6 +527,7 @@ private slots:
         QCOMPARE(manager()->loadLabelData(&text), ES_SUCCESS);
         CPLPreferenceUser::getLabelDataNames(&names);
         QCOMPARE(names, QStringList{"Zolvane Universal"});
+        QCOMPARE(user.getActiveLabelData(&set), ES_INVALID_INPUT); // its set is gone
     }
 
     // The store's statics and the settings it reads and writes through the
@@ -701,10 +703,11 @@ private slots:
 
     void customizeInfoKeepsOtherKeys()
     {
-        CPLSection *general = PrefsFolders::section("General User Setting", {{"Own Key", "kept"}, {"Dock Left", "yes"}});
+        CPLSection *general = PrefsFolders::section("General User Setting", {{"Own Key", "kept"}, {"Dock Left", "yes"},
+                                                                                {"Save Float-Corrected Image", "Yes"}});
         CPLPreferenceUser *user = PrefsFolders::activate("CK", general);
         settings()->readCustomizeInfo();
-        QVERIFY(!settings()->isDockedRight());
+        QVERIFY(!settings()->isDockedRight() && settings()->getCustomizeInfo()->bSaveFloatCorrectedImage);
         settings()->getCustomizeInfo()->bAdvancedOption = true;
         settings()->getCustomizeInfo()->nWndPrefWidthPercent = 81;
         settings()->getCustomizeInfo()->nWndPrefHeightPercent = 71;

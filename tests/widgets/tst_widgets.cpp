@@ -104,6 +104,7 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(combo.menu()));
         submenu(combo.menu(), "Dyes")->actions().at(7)->trigger();
         QCOMPARE(combo.currentText(), probe(7));
+        QCOMPARE(combo.toolTip(), combo.menu()->title());
         QCOMPARE(texts(combo, true), QStringList({probe(7), probe(7)})); // in "Recently Used" too
         action(combo, probe(60))->trigger();
         QCOMPARE(combo.itemText(0), probe(60)); // newest on top
