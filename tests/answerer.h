@@ -1,10 +1,8 @@
 #pragma once
 
 #include <QApplication>
-#include <QComboBox>
 #include <QDialog>
 #include <QFileDialog>
-#include <QLineEdit>
 #include <QMessageBox>
 #include <QPointer>
 #include <QTimer>
@@ -27,21 +25,6 @@ public:
         m_timer.start(20);
     }
     QStringList seen;
-
-    // Chooses `filter` when given, types `name` and presses Return, as a user would.
-    static Step type(const QString &name, const QString &filter = QString())
-    {
-        return [name, filter](QWidget *w) {
-            auto *combo = w->findChild<QComboBox *>("fileTypeCombo");
-            const int index = combo && !filter.isEmpty() ? combo->findText(filter) : -1;
-            if (index >= 0)
-                combo->setCurrentIndex(index), emit combo->activated(index);
-            auto *edit = w->findChild<QLineEdit *>("fileNameEdit");
-            edit->clear();
-            QTest::keyClicks(edit, name);
-            QTest::keyClick(edit, Qt::Key_Return);
-        };
-    }
 
 private:
     void poll()

@@ -47,14 +47,11 @@ namespace {
 
 // What a box looked like while it was open.
 struct Seen {
-    bool shown = false;
-    QString text;
-    QString title;
+    bool shown = false, canClose = true, stillOpenAfterEscape = false;
+    QString text, title;
     QWidget *parent = nullptr;
-    bool canClose = true;
     Qt::CursorShape cursor = Qt::BitmapCursor;
     QStringList buttons;
-    bool stillOpenAfterEscape = false;
 };
 
 // A step that records what the box looked like while it was open, then lets `answer` close it.

@@ -20,7 +20,6 @@
 #include <QLineEdit>
 #include <QStandardPaths>
 #include <QTemporaryDir>
-#include <QTimer>
 #include <QtTest>
 
 // Points the data folder, ALLUSERSPROFILE, APPDATA and the application folder

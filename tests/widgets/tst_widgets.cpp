@@ -10,6 +10,8 @@
 #include "czoutilityfns.h"
 #include "testfiles.h"
 
+#include <QComboBox>
+#include <QLineEdit>
 #include <QMainWindow>
 #include <QMenu>
 #include <QPushButton>
@@ -63,7 +65,20 @@ QStringList texts(CZOTreeMenuComboBox &combo, bool checkedOnly = false, QMenu *m
 QAction *action(CZOTreeMenuComboBox &combo, const QString &text) { return actions(combo).at(texts(combo).indexOf(text)); }
 
 using Step = Answerer::Step;
-Step type(const QString &name, const QString &filter = {}) { return Answerer::type(name, filter); }
+// Chooses `filter` when given, types `name` and presses Return, as a user would.
+Step type(const QString &name, const QString &filter = QString())
+{
+    return [name, filter](QWidget *w) {
+        auto *combo = w->findChild<QComboBox *>("fileTypeCombo");
+        const int index = combo && !filter.isEmpty() ? combo->findText(filter) : -1;
+        if (index >= 0)
+            combo->setCurrentIndex(index), emit combo->activated(index);
+        auto *edit = w->findChild<QLineEdit *>("fileNameEdit");
+        edit->clear();
+        QTest::keyClicks(edit, name);
+        QTest::keyClick(edit, Qt::Key_Return);
+    };
+}
 
 const Step escape = [](QWidget *w) { QTest::keyClick(w, Qt::Key_Escape); };
 
