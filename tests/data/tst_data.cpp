@@ -197,6 +197,7 @@ private slots:
             QCOMPARE(parser.getNumRows(), model.rows.size());
             QCOMPARE(parser.getOutputStream()->pos(), position);
         }
+        QCOMPARE(parser.getCSVColumnValue(0, 1), QString::fromUtf8(nonEmptyCells(model.rows.value(0)).value(1))); // the first row too
     }
 
     // An append cut short (by a power cut, say) leaves a prefix of its bytes, the
