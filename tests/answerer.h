@@ -6,7 +6,6 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QTimer>
-#include <QtTest>
 
 #include <functional>
 

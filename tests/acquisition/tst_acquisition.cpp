@@ -446,7 +446,7 @@ private slots:
         QCOMPARE(int(readInfoFromAutoBkgList(m_dir.path(), records)), int(ES_READ_FAILED)); // a directory
         QVERIFY(records.isEmpty());
         QCoreApplication::sendPostedEvents();
-        QVERIFY(readFile(getLogObject()->fileName()).contains("\n Error opening Auto background configuration file."));
+        QVERIFY(logText().contains("\n Error opening Auto background configuration file."));
 
         // Writing where no file can be made fails silently.
         _tagAutoBkgListFileParam t;

@@ -69,17 +69,24 @@ protected:
     QSize plotWidgetSize() const override { return m_size; }
 };
 
-QRgb rgb(const QImage &image, int x, int y) { return image.pixel(x, y) & 0xFFFFFF; }
-const QRgb Black = 0, White = 0xFFFFFF, Red = 0xFF0000, Blue = 0x0000FF;
-
-int count(const QImage &image, QRgb colour, const QRect &area)
+// The pixels of `area` (within the image) that pass `test`.
+template <typename Test>
+int countWhere(const QImage &image, const QRect &area, Test test)
 {
     int n = 0;
     const QRect r = area.intersected(image.rect());
     for (int y = r.top(); y <= r.bottom(); ++y)
         for (int x = r.left(); x <= r.right(); ++x)
-            n += rgb(image, x, y) == colour;
+            n += test(image.pixel(x, y));
     return n;
+}
+
+const QRgb Black = 0, White = 0xFFFFFF, Red = 0xFF0000, Blue = 0x0000FF;
+
+// The pixels of `area` that are exactly `colour`.
+int count(const QImage &image, QRgb colour, const QRect &area)
+{
+    return countWhere(image, area, [colour](QRgb c) { return (c & 0xFFFFFF) == colour; });
 }
 
 // Equal to rounding: ranges that went through pixels.
@@ -100,15 +107,6 @@ bool isBlue(QRgb c) { return qBlue(c) > 200 && qRed(c) < 80 && qGreen(c) < 80; }
 bool isRed(QRgb c) { return qRed(c) > 200 && qGreen(c) < 80 && qBlue(c) < 80; }
 bool isDark(QRgb c) { return qRed(c) < 60 && qGreen(c) < 60 && qBlue(c) < 60; }
 
-int countWhere(const QImage &image, const QRect &area, bool (*test)(QRgb))
-{
-    int n = 0;
-    const QRect r = area.intersected(image.rect());
-    for (int y = r.top(); y <= r.bottom(); ++y)
-        for (int x = r.left(); x <= r.right(); ++x)
-            n += test(image.pixel(x, y));
-    return n;
-}
 
 // Either widget through one interface: the test rows name the kind.
 struct Plot {
