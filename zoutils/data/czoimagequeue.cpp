@@ -4,7 +4,6 @@
 #include "generalutilities.h"
 
 #include <QFile>
-#include <QMutexLocker>
 #include <QtEndian>
 
 #include <cstring>
@@ -135,7 +134,7 @@ quint32 CZOImageQueue::headerWord(int offset) const
 void CZOImageQueue::initImageQueue(QString path, quint64 capacity, int width, int height, ZOSDataTypes type,
                                    bool deleteOld)
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     closeFilesLocked();
     if (deleteOld && !m_strPath.isEmpty())
         QFile::remove(m_strPath);
@@ -180,7 +179,7 @@ bool CZOImageQueue::addFrame(const char *data)
     if (!m_bInProcess || !data)
         return false;
 
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     const qint64 frameSize = qint64(frameSizeInBytes());
     const quint64 held = qMin(m_nFramesAdded, m_nCapacity);
     // The header on disk only ever counts complete frames, so that initFromFile()
@@ -210,7 +209,7 @@ bool CZOImageQueue::addFrame(const char *data)
 
 void CZOImageQueue::finalizeImageQueue(int a, int b)
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     m_nFramesAdded = qMin(m_nFramesAdded, m_nCapacity);
     setReadOrder();
     if (!m_pWriter) {
@@ -227,7 +226,7 @@ void CZOImageQueue::finalizeImageQueue(int a, int b)
 
 bool CZOImageQueue::initFromFile(QString path, ZOSDataTypes type)
 {
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     closeFilesLocked();
     clear();
     m_strPath.clear(); // only a file accepted as a queue becomes ours to delete
@@ -287,7 +286,7 @@ bool CZOImageQueue::getFrameAt(quint64 index, char *buffer)
     if (m_bInProcess)
         return false;
 
-    QMutexLocker lock(&m_mutex);
+    std::lock_guard<std::mutex> lock(m_mutex);
     const quint64 frameSize = frameSizeInBytes();
     if (!buffer || frameSize == 0 || m_strPath.isEmpty())
         return false;

@@ -25,10 +25,10 @@
 #include "zoutils_export.h"
 #include "zoenums.h"
 
-#include <QMutex>
 #include <QString>
 
 #include <atomic>
+#include <mutex>
 
 class QFile;
 
@@ -122,6 +122,6 @@ private:
     QFile *m_pWriter = nullptr; // owned; guarded by m_mutex
     QFile *m_pReader = nullptr; // owned, opened on first read; guarded by m_mutex
     QString m_strPath;
-    QMutex m_mutex;
+    std::mutex m_mutex; // not QMutex, whose contended path the thread checker cannot see
     unsigned char m_header[HeaderSize] = {};
 };

@@ -383,10 +383,6 @@ bool CZOSPlotCore::determineRanges()
     }
     const ZOSPlotRanges r = m_bZoomed ? zosViewRanges(extent, m_dViewX0, m_dViewX1, m_dViewY0, m_dViewY1)
                                       : zosDetermineRanges(extent, m_bYAxisFloor);
-    m_dXMin = extent.xMin;
-    m_dXMax = extent.xMax;
-    m_dYMin = extent.yMin;
-    m_dYMax = extent.yMax;
     m_dXDisplayMin = r.xDisplayMin;
     m_dXDisplayMax = r.xDisplayMax;
     m_dYDisplayMin = r.yDisplayMin;

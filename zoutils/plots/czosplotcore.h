@@ -252,11 +252,7 @@ protected:
     QString m_sQuvelPlotArea;
     QString m_sQuvelYUnitType;
 
-    // Data extent (with error half-widths) and the displayed range.
-    double m_dXMin = 0.0;
-    double m_dYMin = 0.0;
-    double m_dXMax = 0.0;
-    double m_dYMax = 0.0;
+    // The displayed range.
     double m_dXDisplayMin = 0.0;
     double m_dXDisplayMax = 0.0;
     double m_dYDisplayMin = 0.0;

@@ -245,7 +245,6 @@ void CZOSPlotPainter::drawLegend(QPainter &painter, CZOSPlotCore &core)
     int y = box.top() + 2;
     for (auto it = core.m_lines.constBegin(); it != core.m_lines.constEnd(); ++it, y += rowHeight) {
         painter.fillRect(box.left() + 3, y + (rowHeight - 8) / 2, 8, 8, it.value()->settings.lineColor);
-        painter.setPen(Qt::black);
         painter.drawText(box.left() + 13, y + core.plotFontMetrics().ascent(), it.key());
     }
 }

@@ -241,7 +241,6 @@ tag_estatus CPLPreferenceManager::setActiveUser(unsigned int index)
 {
     if (m_pUserIDDialog && m_pUserIDDialog->isVisible()) {
         m_pUserIDDialog->hide();
-        m_pUserIDDialog->close();
     }
     if (index >= unsigned(m_nUserCount) || index >= unsigned(m_lUsers.size()))
         return ES_INVALID_INPUT;

@@ -453,11 +453,6 @@ void CZOTreeMenuComboBox::changeCombboxSelection(QAction *senderAction)
     const auto *reporter = qobject_cast<const QMenu *>(sender());
     if (reporter && senderAction->parent() != reporter)
         return;
-    QList<QAction *> actions;
-    obtainChilrentActionsOfRootMenu(&actions, m_pMenu);
-    for (QAction *action : qAsConst(actions))
-        action->setChecked(false);
-    senderAction->setChecked(true);
     const QString probe = probeOf(senderAction);
     const int existing = findText(probe, Qt::MatchExactly | Qt::MatchCaseSensitive);
     if (existing >= 0) {
