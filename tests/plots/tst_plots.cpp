@@ -54,11 +54,11 @@ public:
     {
         return insertLine(name, x, y, ex, ey, settings, labels, {"0", "45", "90"}, {"n0", "n1", "n2"});
     }
-    QImage render()
+    QImage render(const QColor &background = Qt::white)
     {
         QImage image(m_size, QImage::Format_RGB32);
         QPainter painter(&image);
-        CZOSPlotPainter::paint(painter, *this, m_size.width(), m_size.height(), Qt::white);
+        CZOSPlotPainter::paint(painter, *this, m_size.width(), m_size.height(), background);
         return image;
     }
     QSize m_size;
@@ -685,11 +685,12 @@ private slots:
         Core unit;
         QVERIFY(unit.add("l", {0, 1}, {0, 0}));
         unit.setShadedRectangleParams(0, 1, Qt::green);
+        QCOMPARE(count(unit.render(), QColor(Qt::green).rgb() & 0xFFFFFF, unit.render().rect()), 0); // until shown
         unit.setVisibleShadedRectangle(true);
         unit.setReferenceLineY(true), unit.setReferenceLinePosY(0.5); // drawn over it, halfway up
         const QImage shaded = unit.render();
         QVERIFY(count(shaded, QColor(Qt::green).rgb() & 0xFFFFFF, QRect(40, 40, 190, 190)) > 150 * 150);
-        QVERIFY(count(shaded, Red, QRect(35, 135, 201, 1)) > 190);
+        QVERIFY(count(shaded, Red, QRect(35, 135, 201, 1)) > 190 && count(shaded, Red, QRect(236, 135, 34, 1)) == 0);
         // Without a range, markers and reference lines are still drawn; nothing else.
         Core none;
         QVERIFY(none.add("nothing finite", {NaN, Inf}, {1, NaN}));
@@ -740,6 +741,8 @@ private slots:
         QCOMPARE(count(image, Black, QRect(300 - 3 - w, 3, w, 1)), w);
         QCOMPARE(count(image, Black, QRect(300 - 3 - w, 3, 1, h)), h);
         QCOMPARE(count(image, Blue, QRect(300 - w, 3, 10, h)), 2 * 64);
+        QCOMPARE(count(image, Blue, QRect(300 - w, 5 + (fm.height() - 8) / 2, 10, 8)), 64); // rows from 2 pixels down
+        QVERIFY(count(core.render(Qt::darkGray), White, core.legendBox()) > w * h / 2); // a white box on any background
         core.showLegend(false);
         QCOMPARE(count(core.render(), Blue, QRect(300 - w, 3, 10, h)), 0);
         core.clear(); // no axes, only "No data available"
@@ -895,6 +898,8 @@ private slots:
                 if (bytes.at(at) == 'x') // zlib's first byte
                     drawn += qUncompress(QByteArray("\0\x10\0\0", 4) + bytes.mid(at));
             QVERIFY(drawn.contains(" w ") && !drawn.contains("\n0 w "));
+            // No page margin: the page's first transform (`a b c d x y cm`) does not move the drawing right.
+            QCOMPARE(drawn.left(drawn.indexOf(" cm\n")).split('\n').last().split(' ').value(4), QByteArray("0"));
         } else {
             const QImage image = QImage::fromData(bytes);
             QCOMPARE(image.size(), size);
@@ -952,6 +957,8 @@ private slots:
         QVERIFY(grid->actions().at(0)->isChecked());
         grid->actions().at(2)->trigger();
         QCOMPARE(plot.getGridType(), int(EGT_HORIZONTAL));
+        grid->actions().at(0)->trigger();
+        QCOMPARE(plot.getGridType(), int(EGT_NONE));
         plot.setGridType(EGT_VERTICAL);
         QVERIFY(grid->actions().at(1)->isChecked());
         plot.setGridType(7);

@@ -18,6 +18,7 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -95,6 +96,25 @@ static QString snapshot(const CPLPreferenceUser &user)
     for (const CPLSection *section : user.getCustomSettingsSections())
         section->saveSectionData(text);
     return text;
+}
+
+// The customisation flags in field order.
+static QVariantList fields(const tag_scustomizeinfo &i)
+{
+    return {i.bDockToolPanel, i.bDockLeft, i.strActivityBar, i.bSaveColors, i.bSaveDiskPaths, i.bSaveWindowDetails,
+            i.bSaveFileList, i.bEnableTransIllumLocation, i.bAdvancedOption, i.bIndividualColorScale, i.nMRUSize,
+            i.nWndPrefWidthPercent, i.nWndPrefHeightPercent, i.strPhotonUnit, i.strCountUnit,
+            i.bSaveFloatCorrectedImage, i.strImageExportFormat};
+}
+
+// The 3D view settings in field order.
+static QVariantList fields(const S3DViewSettings &s)
+{
+    return {s.nBackgroundColorType, s.oBackgroundSolidColor, s.oGradientTopColor, s.oGradientBottomColor,
+            s.strBackgroundPresetColor, s.strLuminColorTable, s.strFluorColorTable, s.bLuminReverse, s.bFluorReverse,
+            s.bUsePaletteSettingsDuringLoad, s.oLuminROILineColor, s.oFluorROILineColor, s.str3DVolumeColorTable,
+            s.b3DVolumeReverse, s.o2DViewBackgroundColor, s.o3DViewTextColor, s.o2DViewTextColor, s.o3DSurfaceColor,
+            s.n2DTextSize, s.n3DTextSize, s.strCTTargetType};
 }
 
 static QString flags(const CPLPreferenceUser &user)
@@ -192,6 +212,7 @@ private slots:
         ++CPLPreferenceUser::m_nDataSetCount;
         const CPLPreferenceUser withEmptySet;
         QVERIFY(withEmptySet.keyListCount() == 3 && withEmptySet[2]->count() == 0);
+        QVERIFY(loaded->loadData(path("RT")) == ES_SUCCESS && loaded->keyListCount() == 3); // read again: its list too
     }
 
     void nameComesFromTheFileAndAutoSaveIsNeverReadBack()
@@ -472,6 +493,8 @@ private slots:
                              auto *dialog = static_cast<CZOSUserIDDialog *>(w);
                              for (int i = 0; i < dialog->userComboBox()->count(); ++i)
                                  items << dialog->userComboBox()->itemText(i);
+                             dialog->deleteButton()->click();
+                             items << dialog->message();
                              dialog->accept();
                          },
                          [&seen](QWidget *w) {
@@ -488,7 +511,7 @@ private slots:
                         [this] { return manager()->selectionDialog(); });
         // Nobody to choose: "_none_" is the only entry and chooses nobody.
         QCOMPARE(manager()->selectUser(QString()), ES_UNKNOWN_ERROR);
-        QCOMPARE(items, QStringList{"_none_"});
+        QCOMPARE(items, (QStringList{"_none_", "Choose a user first."}));
         QVERIFY(!manager()->getActiveUser());
         QVERIFY(!manager()->selectionDialog());
 
@@ -535,26 +558,43 @@ private slots:
     {
         CPLPreferenceUser *user = PrefsFolders::activate(QStringLiteral("VW"));
         QVERIFY(user);
-        user->addCustomSettingsSection(PrefsFolders::section(
-            "3D View Preferences", {{"3D View Background Color Type", "2"}, {"3D View Background Solid Color", "10 20"},
-                                    {"Fluor Color table", "Grays"}, {"Fluor Color Table", "wrong case is another key"},
-                                    {"Lumin Reverse Checkbox", "0"}, {"3DVolume Reverse CheckBox", "5"},
-                                    {"2D Text Size", "twelve"}, {"3D Text Size", "14"}, {"3DVolume Color Table", "Hot"}}));
-        QCOMPARE(user->saveData(), ES_SUCCESS);
-
+        QTest::qWait(5);
+        QVERIFY(user->getCurrentSessionTime() > QTime(0, 0)); // choosing a user starts its session
+        // Every key in field order, a text for it and what that text reads as.
+        const QStringList keys{"3D View Background Color Type", "3D View Background Solid Color",
+            "3D View Background Gradient Top Color", "3D View Background Gradient Bottom Color",
+            "3D View Background preset color", "Lumin Color Table", "Fluor Color table", "Lumin Reverse Checkbox",
+            "Fluor Reverse Checkbox", "Use Palette Settings during Load Time", "Lumin ROI Line Color", "Fluor ROI Line Color",
+            "3DVolume Color Table", "3DVolume Reverse CheckBox", "2D View Background solid color", "3D View Text Color",
+            "2D View Text Color", "3D Surface Color", "2D Text Size", "3D Text Size", "CT Target Type"};
+        const QStringList texts{"2", "10 20", "1 2 3", "4 5 6", "Dusk", "Cool", "Grays", "0", "1", "0", "7 8 9", "300 -1 9",
+                                "Hot", "5", "11 12 13", "14 15 16", "17 18 19", "20 21 22", "12", "14", "Phantom"};
+        const QVariantList read{2, QColor(10, 20, 0), QColor(1, 2, 3), QColor(4, 5, 6), "Dusk", "Cool", "Grays", false, true,
+                                false, QColor(7, 8, 9), QColor(255, 0, 9), "Hot", true, QColor(11, 12, 13), QColor(14, 15, 16),
+                                QColor(17, 18, 19), QColor(20, 21, 22), 12, 14, "Phantom"};
+        const QVariantList defaults{0, QColor(50, 152, 255), QColor(Qt::black), QColor(Qt::black), "Midnight", "Rainbow",
+                                    "YellowHot", true, false, true, QColor(Qt::red), QColor(Qt::blue), "Jet", false,
+                                    QColor(Qt::white), QColor(Qt::white), QColor(Qt::black), QColor(Qt::gray), 8, 8, "Animal"};
+        auto *section = new CPLSection(QStringLiteral("3D View Preferences"));
+        user->addCustomSettingsSection(section);
         S3DViewSettings s;
-        QVERIFY(CZOPreference::get3DViewPreferencesFromFile(s));
-        // Unreadable or missing values take their defaults.
-        QCOMPARE((QVariantList{s.nBackgroundColorType, s.oBackgroundSolidColor, s.strFluorColorTable, s.bLuminReverse,
-                               s.b3DVolumeReverse, s.n2DTextSize, s.n3DTextSize, s.strLuminColorTable,
-                               s.str3DVolumeColorTable, s.oGradientTopColor, s.oGradientBottomColor}),
-                 (QVariantList{2, QColor(10, 20, 0), "Grays", false, true, 8, 14, "Rainbow", "Hot", QColor(0, 0, 0), QColor(0, 0, 0)}));
+        for (int round : {0, 1}) {
+            // Then unreadable numbers and keys of another case: each keeps its default.
+            for (int i = 0; i < keys.size(); ++i)
+                if (!round || read[i].type() == QVariant::Int || read[i].type() == QVariant::Bool)
+                    section->setValue(keys[i], round ? "twelve" : texts[i]);
+                else
+                    section->removeKey(keys[i]), section->setValue(keys[i].toLower(), texts[i]);
+            QCOMPARE(user->saveData(), ES_SUCCESS);
+            QVERIFY(CZOPreference::get3DViewPreferencesFromFile(s));
+            QCOMPARE(fields(s), round ? defaults : read);
+            CZOPreference::initialize3DViewPreferences();
+            QCOMPARE(CZOPreference::getDefault3DViewSettings().n3DTextSize, round ? 8 : 14);
+        }
         QString presets; // each preset's top and bottom colour; an unknown name gets the first
         for (const QString &name : CZOPreference::getPresetColorNames() + QStringList("unknown"))
             presets += CZOPreference::getPresetColor(name).oTopColor.name() + CZOPreference::getPresetColor(name).oBottomColor.name();
         QCOMPARE(presets, "#000000#000000#3298ff#c8e4ff#00007a#6c7ca7#000000#000000");
-        CZOPreference::initialize3DViewPreferences();
-        QCOMPARE(CZOPreference::getDefault3DViewSettings().n3DTextSize, 14);
         QColor lumin, fluor;
         CZOPreference::getPreferredROILineColor(false, lumin), CZOPreference::getPreferredROILineColor(true, fluor);
         QCOMPARE((QVector<QColor>{lumin, fluor}), (QVector<QColor>{Qt::red, Qt::blue}));
@@ -670,6 +710,7 @@ private slots:
         CZOPreference::readUserTxtFile();
         settings()->setOpenPath("/open");
         settings()->setExportPath("/export");
+        settings()->setBrowsePath("/browse"), settings()->setSetUpFileOpenPath("/setup");
         user->setDefaultUserPath("/work");
         settings()->addMRUString("/one.tif");
         settings()->addMRUString("/two.tif");
@@ -691,11 +732,13 @@ private slots:
         std::swap(*settings(), fresh);
         CZOPreference::readUserTxtFile();
         const CZOSSettings *s = settings();
-        QCOMPARE((QVariantList{s->getOpenPath(), s->getExportPath(), s->getMRUString(0), s->getMRUString(1),
-                               s->getMainWndRect(), int(s->getMainWndState()), s->getProfileSettings().oLineColor,
-                               s->getProfileSettings().oBackColor, s->getProfileSettings().oRect, s->getToolPanelRect()}),
-                 (QVariantList{"/open", "/export", "/two.tif", "/one.tif", QRect(QPoint(10, 20), QPoint(800, 600)),
-                               int(WND_STATE_MAXIMIZED), QColor(1, 2, 3), QColor(4, 5, 6), QRect(7, 8, 9, 10),
+        QCOMPARE((QVariantList{s->getOpenPath() + s->getBrowsePath() + s->getSetUpFileOpenPath(), s->getExportPath(),
+                               s->getMRUString(0), s->getMRUString(1), s->getMainWndRect(), int(s->getMainWndState()),
+                               s->getProfileSettings().oLineColor, s->getProfileSettings().oBackColor,
+                               s->getProfileSettings().oRect, s->getToolPanelRect()}),
+                 (QVariantList{"/open/browse/setup", "/export", "/two.tif", "/one.tif",
+                               QRect(QPoint(10, 20), QPoint(800, 600)), int(WND_STATE_MAXIMIZED), QColor(1, 2, 3),
+                               QColor(4, 5, 6), QRect(7, 8, 9, 10),
                                QRect(QPoint(-1, -1), QPoint(-1, -1))})); // the tool panel's, never written
         std::swap(*settings(), fresh);
     }
@@ -715,6 +758,14 @@ private slots:
                               general->value("Own Key"), general->value("Advanced Option"), general->value("Dock Left")}),
                  QStringList({"81", "71", "kept", "Yes", "Yes"}));
         QVERIFY(user->isSaveRequired());
+        // Every field is written and read back, over the defaults in memory.
+        tag_scustomizeinfo *info = settings()->getCustomizeInfo();
+        *info = {true, true, "All", true, true, true, true, true, true, true, 7, 81, 71, "photons/s", "counts", true, "tif"};
+        QCOMPARE(settings()->writeCustomizeInfo(), ES_SUCCESS);
+        const QVariantList written = fields(*info);
+        *info = tag_scustomizeinfo();
+        settings()->readCustomizeInfo();
+        QCOMPARE(fields(*info), written);
     }
 
     void noActiveUserKeepsLastValues()

@@ -15,6 +15,7 @@
 
 #include <QtTest>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -258,8 +259,8 @@ private slots:
         QTest::newRow("truncated in a value") << "click" << a + "*** B:\r\nExposure Time:\t6" << ES_SUCCESS << 2;
         QTest::newRow("Latin-1 bytes") << "click" << QByteArray("*** A:\nT:\t-90 \xb0" "C\n") << ES_SUCCESS << 1;
         QByteArray garbage(4096, '\0');
-        for (char &c : garbage)
-            c = char(QRandomGenerator::global()->bounded(256));
+        // A fixed seed: about one draw in two hundred is refused for another reason (no section at all).
+        std::generate(garbage.begin(), garbage.end(), [r = QRandomGenerator(7)]() mutable { return char(r.bounded(256)); });
         QTest::newRow("binary") << "click" << garbage << ES_FORMAT_CHAR_NOT_FOUND << 0;
         QTest::newRow("50 MB of garbage") << "settings" << a + QByteArray(50 << 20, 'x') << ES_FORMAT_CHAR_NOT_FOUND << 1;
         QTest::newRow("sequence short of click numbers")
