@@ -10,8 +10,6 @@
 #include "cilimage.h"
 #include "cplclickinfo.h"
 #include "cplpreferencemanager.h"
-#include "cplpreferenceuser.h"
-#include "cplsection.h"
 #include "clickinfoconstruction.h"
 #include "czoimagequeue.h"
 #include "czopreference.h"
@@ -39,7 +37,11 @@ constexpr int kFrameBytes = kSide * kSide * 2;
 
 QString at(const QString &name) { return g_folder + QLatin1Char('/') + name; }
 
-void beginSave() { std::fputs("savedriver: save\n", stderr); }
+void beginSave(bool announce = true)
+{
+    if (announce)
+        std::fputs("savedriver: save\n", stderr);
+}
 
 int exitCode(bool saved) { return saved ? 0 : 1; }
 
@@ -59,6 +61,24 @@ int csvPrepare()
         text += QByteArray::number(i) + ",mouse_" + QByteArray::number(i * 7) + "," + QByteArray::number(i * i) + "\r\n";
     return exitCode(file.open(QIODevice::WriteOnly) && file.write(text) == text.size());
 }
+
+struct Operation { std::function<int()> prepare, run; };
+
+using CsvChange = std::function<bool(CZOSCSVParser &)>;
+
+// A change of the prepared table: the `earlier` ones unannounced, then the announced `save`.
+Operation csvChange(const CsvChange &save, const CsvChange &earlier = {})
+{
+    return {csvPrepare, [=] {
+                CZOSCSVParser parser(at("table.csv"), kHeader);
+                if (earlier && !earlier(parser))
+                    return 2;
+                beginSave();
+                return exitCode(save(parser));
+            }};
+}
+
+bool setName(CZOSCSVParser &parser) { return parser.setCSVColumnValue(7, 1, "a much longer name") == ES_SUCCESS; }
 
 // The probe tree installs its built-in file on first use.
 int probesPrepare() { return exitCode(CZOTreeMenuComboBox().loadedProbeCount() > 0); }
@@ -82,32 +102,31 @@ _tagAutoBkgListFileParam bkgTable(int rows)
     return table;
 }
 
-tag_estatus saveBkg(int rows)
+int saveBkg(int rows, bool announce)
 {
+    beginSave(announce);
     const _tagAutoBkgListFileParam table = bkgTable(rows);
-    return saveInfoToAutoBkgList(&table, QStringLiteral(","), at("AutoBkgList.txt"));
+    return exitCode(saveInfoToAutoBkgList(&table, QStringLiteral(","), at("AutoBkgList.txt")) == ES_SUCCESS);
 }
 
 // The active user with its settings written back and saved.
-bool saveProfile(const QString &recentFile, bool announce)
+int saveProfile(const QString &recentFile, bool announce)
 {
     CPLPreferenceManager *manager = CZOPreference::getPreferenceManager();
     if (manager->initialLoad(at("app")) != ES_SUCCESS)
-        return false;
+        return exitCode(false);
     int index = manager->getUserIndex(QStringLiteral("AB"));
-    if (index < 0 && manager->addUser(QStringLiteral("AB"), &index, QStringLiteral("pw")) != ES_SUCCESS)
-        return false;
-    if (manager->setActiveUser(unsigned(index)) != ES_SUCCESS)
-        return false;
+    if ((index < 0 && manager->addUser(QStringLiteral("AB"), &index, QStringLiteral("pw")) != ES_SUCCESS)
+        || manager->setActiveUser(unsigned(index)) != ES_SUCCESS)
+        return exitCode(false);
     CZOPreference::readUserTxtFile();
     CZOPreference::getSettings()->addMRUString(recentFile);
     CZOPreference::writeUserTxtFile();
-    if (announce)
-        beginSave();
-    return manager->saveData() == ES_SUCCESS;
+    beginSave(announce);
+    return exitCode(manager->saveData() == ES_SUCCESS);
 }
 
-bool saveClickInfo(int images, bool announce)
+int saveClickInfo(int images, bool announce)
 {
     CPLClickInfo info;
     bool ok = createNewClickInfo(&info, QStringLiteral("AB20260101120000"), true) == ES_SUCCESS;
@@ -115,17 +134,17 @@ bool saveClickInfo(int images, bool announce)
     setup.timeStamp = 1767268800; // the same record on every run
     for (int i = 0; i < images && ok; ++i)
         ok = addTiffImageSection(&info, tag_eimagetype(i), QStringLiteral("image %1").arg(i), &setup, true) == ES_SUCCESS;
-    if (announce)
-        beginSave();
-    return ok && saveNewClickInfo(at("click"), &info) == ES_SUCCESS;
+    beginSave(announce);
+    return exitCode(ok && saveNewClickInfo(at("click"), &info) == ES_SUCCESS);
 }
 
-tag_estatus saveTiff(quint16 seed)
+int saveTiff(quint16 seed, bool announce)
 {
+    beginSave(announce);
     CILImage image(64, 48);
     for (int i = 0; i < 64 * 48; ++i)
         image.getPixels()[i] = quint16(i * seed);
-    return image.saveTiff(at("image.tif"));
+    return exitCode(image.saveTiff(at("image.tif")) == ES_SUCCESS);
 }
 
 // A queue left as its producer leaves it: the object is never deleted, since
@@ -133,8 +152,7 @@ tag_estatus saveTiff(quint16 seed)
 CZOImageQueue *queueWith(int frames, int capacity, bool finalise, bool announce)
 {
     auto *queue = new CZOImageQueue;
-    if (announce)
-        beginSave();
+    beginSave(announce);
     queue->initImageQueue(at("frames.zoq"), quint64(capacity), kSide, kSide, ZOS_DT_UINT16, false);
     for (int n = 1; n <= frames; ++n)
         if (!queue->addFrame(frame(quint16(n)).constData()))
@@ -170,68 +188,32 @@ int queueVerify()
     return count == 0 || allHeld ? 0 : 2;
 }
 
-struct Operation {
-    std::function<int()> prepare;
-    std::function<int()> run;
-};
-
 const std::map<QString, Operation> &operations()
 {
     static const std::map<QString, Operation> table{
-        {"csv-set", {csvPrepare, [] {
-             CZOSCSVParser parser(at("table.csv"), kHeader);
-             beginSave();
-             return exitCode(parser.setCSVColumnValue(7, 1, QStringLiteral("a much longer name")) == ES_SUCCESS);
-         }}},
+        {"csv-set", csvChange(setName)},
         // A later change of the same parser: through the swapped staging file,
         // keeping the rows after the changed one without a look.
-        {"csv-set-again", {csvPrepare, [] {
-             CZOSCSVParser parser(at("table.csv"), kHeader);
-             const QString name = parser.getCSVColumnValue(20, 1);
-             if (parser.setCSVColumnValue(20, 1, QStringLiteral("x")) != ES_SUCCESS
-                 || parser.setCSVColumnValue(20, 1, name) != ES_SUCCESS)
-                 return 2;
-             beginSave();
-             return exitCode(parser.setCSVColumnValue(7, 1, QStringLiteral("a much longer name")) == ES_SUCCESS);
-         }}},
-        {"csv-add", {csvPrepare, [] {
-             CZOSCSVParser parser(at("table.csv"), kHeader);
-             beginSave();
-             return exitCode(parser.addRow({"31", "mouse_new", "961"}) == ES_SUCCESS);
-         }}},
-        {"csv-remove", {csvPrepare, [] {
-             CZOSCSVParser parser(at("table.csv"), kHeader);
-             beginSave();
-             return exitCode(parser.removeRow(QStringLiteral("7")) == ES_SUCCESS);
-         }}},
-        {"csv-cut", {csvPrepare, [] {
-             CZOSCSVParser parser(at("table.csv"), kHeader);
-             beginSave();
-             return exitCode(parser.removeRow(QStringLiteral("30")) == ES_SUCCESS);
-         }}},
+        {"csv-set-again", csvChange(setName, [](CZOSCSVParser &p) {
+             const QString name = p.getCSVColumnValue(20, 1);
+             return p.setCSVColumnValue(20, 1, "x") == ES_SUCCESS && p.setCSVColumnValue(20, 1, name) == ES_SUCCESS;
+         })},
+        {"csv-add", csvChange([](CZOSCSVParser &p) { return p.addRow({"31", "mouse_new", "961"}) == ES_SUCCESS; })},
+        {"csv-remove", csvChange([](CZOSCSVParser &p) { return p.removeRow("7") == ES_SUCCESS; })},
+        {"csv-cut", csvChange([](CZOSCSVParser &p) { return p.removeRow("30") == ES_SUCCESS; })},
         {"probes", {probesPrepare, [] {
              CZOTreeMenuComboBox combo;
              beginSave();
              return exitCode(combo.saveRecentUsedProbes({"EGFP", "mCherry"}));
          }}},
-        {"autobkg", {[] { return exitCode(saveBkg(3) == ES_SUCCESS); }, [] {
-             beginSave();
-             return exitCode(saveBkg(5) == ES_SUCCESS);
-         }}},
-        {"profile", {[] { return exitCode(saveProfile(QStringLiteral("/data/old.tif"), false)); },
-                     [] { return exitCode(saveProfile(QStringLiteral("/data/new.tif"), true)); }}},
-        {"clickinfo", {[] { return exitCode(saveClickInfo(1, false)); }, [] { return exitCode(saveClickInfo(3, true)); }}},
-        {"tiff", {[] { return exitCode(saveTiff(3) == ES_SUCCESS); }, [] {
-             beginSave();
-             return exitCode(saveTiff(5) == ES_SUCCESS);
-         }}},
-        {"queue-init", {[] { return exitCode(!queueWith(4, 3, true, false)->isImageQueueModInProcess()); }, [] {
-             return exitCode(queueWith(0, 3, false, true)->isImageQueueModInProcess());
-         }}},
-        {"queue-add", {[] { return 0; }, [] {
-             queueWith(7, 3, false, true);
-             return 0;
-         }}},
+        {"autobkg", {[] { return saveBkg(3, false); }, [] { return saveBkg(5, true); }}},
+        {"profile", {[] { return saveProfile("/data/old.tif", false); },
+                     [] { return saveProfile("/data/new.tif", true); }}},
+        {"clickinfo", {[] { return saveClickInfo(1, false); }, [] { return saveClickInfo(3, true); }}},
+        {"tiff", {[] { return saveTiff(3, false); }, [] { return saveTiff(5, true); }}},
+        {"queue-init", {[] { return exitCode(!queueWith(4, 3, true, false)->isImageQueueModInProcess()); },
+                        [] { return exitCode(queueWith(0, 3, false, true)->isImageQueueModInProcess()); }}},
+        {"queue-add", {[] { return 0; }, [] { return queueWith(7, 3, false, true) ? 0 : 1; }}},
     };
     return table;
 }

@@ -81,7 +81,7 @@ int countWhere(const QImage &image, const QRect &area, Test test)
     return n;
 }
 
-const QRgb Black = 0, White = 0xFFFFFF, Red = 0xFF0000, Blue = 0x0000FF;
+const QRgb Black = 0, White = 0xFFFFFF, Red = 0xFF0000, Green = 0x00FF00, Blue = 0x0000FF;
 
 // The pixels of `area` that are exactly `colour`.
 int count(const QImage &image, QRgb colour, const QRect &area)
@@ -672,7 +672,7 @@ private slots:
         for (double v : core.yLabelValues())
             if (v > 0 && v != 25)
                 QVERIFY(count(image, grey, QRect(36, 235 - 2 * int(v), 198, 1)) > 150);
-        QVERIFY(count(image, QColor(Qt::green).rgb() & 0xFFFFFF, QRect(85, 35, 1, 201)) > 80); // dashed
+        QVERIFY(count(image, Green, QRect(85, 35, 1, 201)) > 80); // dashed
         QVERIFY(count(image, QColor(Qt::magenta).rgb() & 0xFFFFFF, QRect(35, 185, 201, 1)) > 80);
         // Names: an X marker's right of its line at the top, a Y marker's above its line at the right end.
         const auto ink = [&](const QRect &r) { return count(image, White, r) + count(image, grey, r) < r.width() * r.height() - 4; };
@@ -685,12 +685,15 @@ private slots:
         Core unit;
         QVERIFY(unit.add("l", {0, 1}, {0, 0}));
         unit.setShadedRectangleParams(0, 1, Qt::green);
-        QCOMPARE(count(unit.render(), QColor(Qt::green).rgb() & 0xFFFFFF, unit.render().rect()), 0); // until shown
+        QCOMPARE(count(unit.render(), Green, unit.render().rect()), 0); // until shown
         unit.setVisibleShadedRectangle(true);
         unit.setReferenceLineY(true), unit.setReferenceLinePosY(0.5); // drawn over it, halfway up
         const QImage shaded = unit.render();
-        QVERIFY(count(shaded, QColor(Qt::green).rgb() & 0xFFFFFF, QRect(40, 40, 190, 190)) > 150 * 150);
+        QVERIFY(count(shaded, Green, QRect(40, 40, 190, 190)) > 150 * 150);
         QVERIFY(count(shaded, Red, QRect(35, 135, 201, 1)) > 190 && count(shaded, Red, QRect(236, 135, 34, 1)) == 0);
+        QVERIFY(unit.add("l", {-10, 10}, {0, 0})); // past 0, with a rectangle that ends at 0: not drawn
+        unit.setShadedRectangleParams(-8, 0, Qt::green);
+        QCOMPARE(count(unit.render(), Green, unit.render().rect()), 0);
         // Without a range, markers and reference lines are still drawn; nothing else.
         Core none;
         QVERIFY(none.add("nothing finite", {NaN, Inf}, {1, NaN}));

@@ -151,6 +151,7 @@ private slots:
         combo.show();
         combo.showPopup();
         QVERIFY(QTest::qWaitForWindowExposed(combo.menu()));
+        QCOMPARE(combo.menu()->grab().toImage().pixelColor(0, 10), QColor(Qt::black)); // the styled menu's border
         submenu(combo.menu(), "Dyes")->actions().at(7)->trigger();
         QCOMPARE(combo.currentText(), probe(7));
         QCOMPARE(combo.toolTip(), combo.menu()->title());

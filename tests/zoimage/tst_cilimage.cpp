@@ -2,7 +2,6 @@
 #include "testfiles.h"
 #include "zosdisplayrange.h"
 
-#include <QRandomGenerator>
 #include <QtTest>
 
 #include <tiffio.h>
@@ -10,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <vector>
 
 static quint16 foreignPixel(int x, int y) { return quint16(x * 3 + y * 1000); }
@@ -19,21 +19,15 @@ static bool writeRawTiff(const QString &file, const char *mode, int bits, int sa
                          int compression = COMPRESSION_NONE, int width = 40, int height = 50)
 {
     TIFF *t = TIFFOpen(QFile::encodeName(file).constData(), mode);
-    TIFFSetField(t, TIFFTAG_IMAGEWIDTH, width);
-    TIFFSetField(t, TIFFTAG_IMAGELENGTH, height);
-    TIFFSetField(t, TIFFTAG_BITSPERSAMPLE, bits);
-    TIFFSetField(t, TIFFTAG_SAMPLESPERPIXEL, samples);
-    TIFFSetField(t, TIFFTAG_SAMPLEFORMAT, format);
-    TIFFSetField(t, TIFFTAG_PHOTOMETRIC, samples == 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK);
-    TIFFSetField(t, TIFFTAG_COMPRESSION, compression);
+    const int fields[][2] = {{TIFFTAG_IMAGEWIDTH, width}, {TIFFTAG_IMAGELENGTH, height}, {TIFFTAG_BITSPERSAMPLE, bits},
+                             {TIFFTAG_SAMPLESPERPIXEL, samples}, {TIFFTAG_SAMPLEFORMAT, format},
+                             {TIFFTAG_PHOTOMETRIC, samples == 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK},
+                             {TIFFTAG_COMPRESSION, compression}, {TIFFTAG_TILEWIDTH, tile}, {TIFFTAG_TILELENGTH, tile}};
+    for (int i = 0; i < (tile ? 9 : 7); ++i) // the two tile fields only in a tiled file
+        TIFFSetField(t, uint32_t(fields[i][0]), fields[i][1]);
     bool ok = true;
-    const int side = tile ? tile : 1;
-    if (tile) {
-        TIFFSetField(t, TIFFTAG_TILEWIDTH, tile);
-        TIFFSetField(t, TIFFTAG_TILELENGTH, tile);
-    }
     std::vector<quint16> buf(size_t(tile ? TIFFTileSize(t) : TIFFScanlineSize(t)) / 2 + 1);
-    for (int y = 0; y < height; y += side)
+    for (int y = 0; y < height; y += (tile ? tile : 1))
         for (int x = 0; x < width; x += (tile ? tile : width)) {
             for (size_t i = 0; bits == 16 && i + 1 < buf.size(); ++i)
                 buf[i] = tile ? foreignPixel(x + int(i) % tile, y + int(i) / tile) : foreignPixel(int(i), y);
@@ -57,11 +51,6 @@ static bool same(const CILImage &a, const CILImage &b)
     return a.getWidth() == b.getWidth() && a.getHeight() == b.getHeight() && a.getMinimum() == b.getMinimum()
            && a.getMaximum() == b.getMaximum() && a.getMean() == b.getMean()
            && std::equal(a.getPixels(), a.getPixels() + a.getPixelCount(), b.getPixels());
-}
-
-static bool isMultiple(double value, double step)
-{
-    return std::fabs(value / step - std::round(value / step)) < 1e-6;
 }
 
 class TestCILImage : public QObject
@@ -94,14 +83,9 @@ private slots:
                 CILImage image(count, 1);
                 QRandomGenerator random(quint32(count) + 1u);
                 quint16 *p = image.getPixels();
-                quint16 lo = 0xFFFF, hi = 0;
-                quint64 total = 0;
-                for (int i = 0; i < count; ++i) {
-                    p[i] = quint16(random.bounded(range.first, range.second + 1));
-                    lo = std::min(lo, p[i]);
-                    hi = std::max(hi, p[i]);
-                    total += p[i];
-                }
+                std::generate(p, p + count, [&] { return quint16(random.bounded(range.first, range.second + 1)); });
+                const quint16 lo = *std::min_element(p, p + count), hi = *std::max_element(p, p + count);
+                const quint64 total = std::accumulate(p, p + count, quint64(0));
                 image.RefreshImageStats();
                 QVERIFY(image.getMinimum() == lo && image.getMaximum() == hi && image.getMean() == double(total) / count);
                 CILImage told(count, 1); // statistics gathered elsewhere read back as refreshed ones
@@ -179,12 +163,12 @@ private slots:
         QVERIFY(writeFile(path("corrupt.tif"), bytes));
         QCOMPARE(pattern(200, 200).saveTiff(path("cut.tif")), ES_SUCCESS);
         QVERIFY(QFile(path("cut.tif")).resize(40000)); // the directory follows the pixels
-        const QList<QPair<const char *, tag_estatus>> cases = {
-            {"8bit.tif", ES_INVALID_DATA_TYPE}, {"signed.tif", ES_INVALID_DATA_TYPE}, {"rgb.tif", ES_INVALID_DATA_TYPE},
-            {"corrupt.tif", ES_CORRUPT_FILE}, {"cut.tif", ES_OPEN_FAILED}, {"absent.tif", ES_FILE_NOT_FOUND}, {"", ES_FILE_NOT_FOUND}};
-        for (const auto &c : cases) {
+        for (const auto &[name, status] : {std::pair("8bit.tif", ES_INVALID_DATA_TYPE),
+                                           {"signed.tif", ES_INVALID_DATA_TYPE}, {"rgb.tif", ES_INVALID_DATA_TYPE},
+                                           {"corrupt.tif", ES_CORRUPT_FILE}, {"cut.tif", ES_OPEN_FAILED},
+                                           {"absent.tif", ES_FILE_NOT_FOUND}, {"", ES_FILE_NOT_FOUND}}) {
             CILImage image = pattern(3, 3);
-            QCOMPARE(image.loadTiff(path(c.first)), c.second);
+            QCOMPARE(image.loadTiff(path(name)), status);
             QVERIFY(!image.getLastError().isEmpty() && same(image, pattern(3, 3)));
         }
     }
@@ -212,10 +196,10 @@ private slots:
     void contract()
     {
         QFETCH(double, min); QFETCH(double, max); QFETCH(int, maxTicks); QFETCH(QVector<double>, nice);
+        auto isMultiple = [](double v, double step) { return std::fabs(v / step - std::round(v / step)) < 1e-6; };
         tagZOSDisplayRange r;
         QVERIFY(getNiceRangeForDisplay(min, max, maxTicks, &r));
-        const double lo = std::min(min, max);
-        const double hi = std::max(min, max);
+        const double lo = std::min(min, max), hi = std::max(min, max);
         QVERIFY(r.minimum == lo && r.maximum == hi);
         QVERIFY(r.niceMinimum <= lo && r.niceMaximum >= hi && r.niceMaximum > r.niceMinimum);
         const double power = std::pow(10.0, std::floor(std::log10(r.tickStep)));
@@ -237,8 +221,7 @@ private slots:
 
     void badInput()
     {
-        const double nan = std::numeric_limits<double>::quiet_NaN();
-        const double inf = std::numeric_limits<double>::infinity();
+        const double nan = std::numeric_limits<double>::quiet_NaN(), inf = std::numeric_limits<double>::infinity();
         for (const QPair<double, double> &bounds : {qMakePair(nan, 1.0), qMakePair(0.0, nan), qMakePair(0.0, inf),
                                                     qMakePair(-inf, 0.0), qMakePair(-1.7e308, 1.7e308)}) {
             tagZOSDisplayRange r;
