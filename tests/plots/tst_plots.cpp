@@ -19,6 +19,7 @@
 #include <QMenu>
 #include <QPainter>
 #include <QPushButton>
+#include <QRubberBand>
 #include <QSignalSpy>
 #include <QSvgRenderer>
 #include <QTemporaryDir>
@@ -48,7 +49,7 @@ public:
         CZOSPlotCore::setReferenceLineX, CZOSPlotCore::setReferenceLineY, CZOSPlotCore::setShadedRectangleParams,
         CZOSPlotCore::setVisibleShadedRectangle, CZOSPlotCore::toolTipTextAt, CZOSPlotCore::writeDataToFile,
         CZOSPlotCore::convertObjectToNormalizedCoords, CZOSPlotCore::convertNormalizedToObjectCoords,
-        CZOSPlotCore::removeMarkerX, CZOSPlotCore::removeMarkerY;
+        CZOSPlotCore::removeMarkerX, CZOSPlotCore::removeMarkerY, CZOSPlotCore::convertWindowToNormalizedCoords;
     bool add(const QString &name, const V &x, const V &y, const V &ex = {}, const V &ey = {},
              const DISPLAY_SETTINGS *settings = nullptr, const QStringList &labels = {})
     {
@@ -477,6 +478,8 @@ private slots:
         double xr = 0, yr = 0;
         core.getXYRatios(xr, yr);
         QCOMPARE((V{xr, yr}), (V{10 / plotW, 100 / plotH}));
+        Core(EZOSPlotLayout::Inset, QSize(70, 70)).convertWindowToNormalizedCoords(40, 30, xr, yr);
+        QCOMPARE((V{xr, yr}), (V{0, 0})); // no plot area, no fractions
         // The GL window extends the displayed range by the margins in data units.
         const QRectF w = core.getOrthoWindow();
         if (layout)
@@ -700,9 +703,10 @@ private slots:
         none.setReferenceLineY(true);
         none.setReferenceLinePosY(0.0); // an end of the range is inside it
         none.addMarkerX("m", 3, Qt::green);
+        none.setReferenceLineX(true), none.setReferenceLinePosX(1.0);
         const QImage bare = none.render();
         QCOMPARE(count(bare, Black, bare.rect()), 0);
-        QVERIFY(count(bare, Red, QRect(35, 235, 201, 1)) > 190);
+        QVERIFY(count(bare, Red, QRect(35, 235, 201, 1)) > 190 && count(bare, Red, QRect(235, 35, 1, 201)) > 190);
     }
 
     void curvesAndLegend_data()
@@ -920,31 +924,37 @@ private slots:
         QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
         Plot plot = makePlot("painted");
         QVERIFY(plot.add("l", {0, 1}, {0, 1}));
-        const QString name = m_dir.filePath("menu");
-        Answerer answer({[name](QWidget *w) {
-                             w->findChild<QLineEdit *>("fileNameEdit")->setText(name);
-                             QTest::keyClick(w->findChild<QLineEdit *>("fileNameEdit"), Qt::Key_Return);
-                         },
-                         [](QWidget *w) { w->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click(); }});
-        for (QAction *action : plot.widget->findChild<QMenu *>()->actions())
-            if (action->text() == "Export as PNG...")
-                action->trigger();
+        const auto file = [this](const QString &name) {
+            return [path = m_dir.filePath(name)](QWidget *w) {
+                w->findChild<QLineEdit *>("fileNameEdit")->setText(path);
+                QTest::keyClick(w->findChild<QLineEdit *>("fileNameEdit"), Qt::Key_Return);
+            };
+        };
+        const auto press = [](QDialogButtonBox::StandardButton button) {
+            return [button](QWidget *w) { w->findChild<QDialogButtonBox *>()->button(button)->click(); };
+        };
+        Answerer answer({file("menu"), press(QDialogButtonBox::Ok), file("cancelled"), press(QDialogButtonBox::Cancel)});
+        for (int i = 0; i < 2; ++i) // the second time the size is cancelled
+            for (QAction *action : plot.widget->findChild<QMenu *>()->actions())
+                if (action->text() == "Export as PNG...")
+                    action->trigger();
         QCOMPARE(QImage(m_dir.filePath("menu.png")).size(), QSize(400, 300)); // the suffix added
-        QCOMPARE(answer.seen.size(), 2);
+        QVERIFY(!QFile::exists(m_dir.filePath("cancelled.png")));
+        QCOMPARE(answer.seen.size(), 4);
     }
 
     void paintedPlotSignals()
     {
         CZOSXYPlot plot(nullptr, "plot");
         plot.resize(270, 270);
-        QVERIFY(plot.addDataLine("l", {10, 20}, {0, 100}));
+        QVERIFY(plot.addDataLine("l", {10, 20}, {-100, 100}));
         QSignalSpy nx(&plot, &CZOSXYPlot::normalizedPosXChanged);
         QSignalSpy ax(&plot, &CZOSXYPlot::actualPlotXValueChanged);
         QSignalSpy ay(&plot, &CZOSXYPlot::actualPlotYValueChanged);
         send(&plot, QEvent::MouseButtonPress, Qt::LeftButton, QPoint(85, 185));
         QCOMPARE(nx.count(), 1);
         QCOMPARE((V{nx.at(0).at(0).toDouble(), ax.at(0).at(0).toDouble(), ay.at(0).at(0).toDouble()}),
-                 (V{0.25, 12.5, 25.0}));
+                 (V{0.25, 12.5, -50.0}));
         send(&plot, QEvent::MouseMove, Qt::LeftButton, QPoint(135, 135));
         QCOMPARE(ax.count(), 2);
         QCOMPARE(ax.at(1).at(0).toDouble(), 15.0);
@@ -952,6 +962,7 @@ private slots:
         send(&plot, QEvent::MouseMove, Qt::NoButton, QPoint(150, 150));
         send(&plot, QEvent::MouseButtonPress, Qt::LeftButton, QPoint(5, 5)); // outside the plot area
         send(&plot, QEvent::MouseButtonPress, Qt::LeftButton, QPoint(150, 150), Qt::ShiftModifier); // a band
+        QCOMPARE(plot.findChild<QRubberBand *>()->geometry(), QRect(150, 150, 0, 0)); // starting empty
         QCOMPARE(ax.count(), 2);
         // The grid submenu and its API agree, from the start (no grid).
         QMenu *grid = nullptr;

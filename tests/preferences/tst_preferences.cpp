@@ -735,11 +735,11 @@ private slots:
         QCOMPARE((QVariantList{s->getOpenPath() + s->getBrowsePath() + s->getSetUpFileOpenPath(), s->getExportPath(),
                                s->getMRUString(0), s->getMRUString(1), s->getMainWndRect(), int(s->getMainWndState()),
                                s->getProfileSettings().oLineColor, s->getProfileSettings().oBackColor,
-                               s->getProfileSettings().oRect, s->getToolPanelRect()}),
+                               s->getProfileSettings().oRect, s->getToolPanelRect(), s->getHistogramSettings().oLineColor}),
                  (QVariantList{"/open/browse/setup", "/export", "/two.tif", "/one.tif",
                                QRect(QPoint(10, 20), QPoint(800, 600)), int(WND_STATE_MAXIMIZED), QColor(1, 2, 3),
                                QColor(4, 5, 6), QRect(7, 8, 9, 10),
-                               QRect(QPoint(-1, -1), QPoint(-1, -1))})); // the tool panel's, never written
+                               QRect(QPoint(-1, -1), QPoint(-1, -1)), QColor(Qt::red)})); // never written: defaults
         std::swap(*settings(), fresh);
     }
 
