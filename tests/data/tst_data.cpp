@@ -6,16 +6,15 @@
 
 #include <QtTest>
 
-#include <atomic>
 #include <random>
+#include <tuple>
 
 #include <fcntl.h>
 #include <unistd.h>
 
 namespace {
 
-constexpr int kWidth = 4;
-constexpr int kHeight = 3;
+constexpr int kWidth = 4, kHeight = 3;
 constexpr int kFrameBytes = kWidth * kHeight * 2; // 16-bit pixels
 
 // A frame whose every pixel holds its number, so any frame read back names itself.
@@ -120,8 +119,7 @@ private slots:
     void headerCheck()
     {
         QFETCH(QByteArray, before); QFETCH(QStringList, header); QFETCH(QByteArray, after);
-        if (before != "-")
-            QVERIFY(writeFile(path(), before));
+        QVERIFY(before == "-" || writeFile(path(), before));
         CZOSCSVParser parser(path(), header);
         QCOMPARE(readFile(path()), after);
     }
@@ -212,8 +210,7 @@ private slots:
             CZOSCSVParser parser(path("torn"), kHeader);
             const QByteArray partial = append.left(kept).mid(2); // what reached the disk of the torn row
             const int rows = partial.isEmpty() ? 3 : 4;
-            QCOMPARE(parser.getNumRows(), rows);
-            QCOMPARE(parser.getCSVColumnValue(2, 2), QStringLiteral("20"));
+            QCOMPARE((QVariantList{parser.getNumRows(), parser.getCSVColumnValue(2, 2)}), (QVariantList{rows, "20"}));
             QCOMPARE(parser.addRow({"4", "d", "40"}), ES_SUCCESS);
             QCOMPARE(readFile(path("torn")), before + (partial.isEmpty() ? "" : "\r\n" + partial) + "\r\n4,d,40");
             QCOMPARE(parser.getCSVColumnValue(2, 2), QStringLiteral("20"));
@@ -303,8 +300,7 @@ private slots:
         CZOImageQueue live;
         QVERIFY(live.initFromFile(copy, ZOS_DT_UINT16));
         queue.finalizeImageQueue(7, -2);
-        QVERIFY(!queue.isImageQueueModInProcess());
-        QVERIFY(!queue.addFrame(frame(1).constData()));
+        QVERIFY(!queue.isImageQueueModInProcess() && !queue.addFrame(frame(1).constData()));
         const int count = slotContents.size();
 
         const QByteArray bytes = readFile(file);
@@ -349,16 +345,12 @@ private slots:
 
     void refusesUnusableShapes()
     {
-        const struct {
-            quint64 capacity;
-            int width, height;
-            ZOSDataTypes type;
-        } shapes[] = {{0, 4, 3, ZOS_DT_UINT16},       {quint64(1) << 32, 4, 3, ZOS_DT_UINT16},
-                      {3, 0, 3, ZOS_DT_UINT16},       {3, 4, -3, ZOS_DT_UINT16},
-                      {3, 4, 3, ZOS_DT_UNKNOWN},      {0xFFFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF, ZOS_DT_DOUBLE}};
+        const std::tuple<quint64, int, int, ZOSDataTypes> shapes[] = {
+            {0, 4, 3, ZOS_DT_UINT16}, {quint64(1) << 32, 4, 3, ZOS_DT_UINT16}, {3, 0, 3, ZOS_DT_UINT16},
+            {3, 4, -3, ZOS_DT_UINT16}, {3, 4, 3, ZOS_DT_UNKNOWN}, {0xFFFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF, ZOS_DT_DOUBLE}};
         QByteArray buffer(kFrameBytes, '\0');
-        for (const auto &shape : shapes) {
-            CZOImageQueue queue(m_dir.filePath("q.bin"), shape.capacity, shape.width, shape.height, shape.type);
+        for (const auto &[capacity, width, height, type] : shapes) {
+            CZOImageQueue queue(m_dir.filePath("q.bin"), capacity, width, height, type);
             QVERIFY(!queue.isImageQueueModInProcess() && !queue.addFrame(frame(1).constData()));
             QVERIFY(!QFile::exists(m_dir.filePath("q.bin")));
             queue.finalizeImageQueue(1, 0); // nothing to finalise; must not fail

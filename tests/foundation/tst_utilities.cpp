@@ -2,7 +2,6 @@
 #include "czoutilityfns.h"
 #include "generalutilities.h"
 #include "testfiles.h"
-#include "zoconstants.h"
 #include "zoplatform.h"
 #include "zopreferencehooks.h"
 
@@ -11,24 +10,9 @@
 
 #include <unistd.h>
 
-#include <cmath>
-#include <limits>
-
-namespace {
-QString s_hookUser;
-int s_selections = 0;
-QString hookUserName() { return s_hookUser; }
-void hookSelectUser()
-{
-    ++s_selections;
-    s_hookUser = QStringLiteral("jdoe");
-}
-} // namespace
-
 static void setInstalledVersion(const QVariant &value)
 {
-    QSettings settings(QSettings::NativeFormat, QSettings::SystemScope, QStringLiteral("Norbeck Instruments"),
-                       QStringLiteral("Zolvane"));
+    QSettings settings(QSettings::NativeFormat, QSettings::SystemScope, "Norbeck Instruments", "Zolvane");
     if (value.isValid())
         settings.setValue(QStringLiteral("Current_Version/InstalledVersion"), value);
     else
@@ -63,19 +47,15 @@ private slots:
 
     void actionRegistry()
     {
-        QAction open(QStringLiteral("&Open..."), nullptr);
-        QAction other(QStringLiteral("open"), nullptr);
+        QAction open(QStringLiteral("&Open..."), nullptr), other(QStringLiteral("open"), nullptr);
         QVERIFY(CZOUtilityFns::addAction(QStringLiteral("&Open..."), &open));
         QVERIFY(!CZOUtilityFns::addAction(QStringLiteral("open"), &other));
         QCOMPARE(CZOUtilityFns::getAction(QStringLiteral("OPEN")), &open);
         QCOMPARE(CZOUtilityFns::getAction(QStringLiteral("  O&pen.  ")), &open);
         QCOMPARE(CZOUtilityFns::getAction(QStringLiteral("Open file")), nullptr);
 
-        {
-            QAction shortLived(QStringLiteral("Save"), nullptr);
-            QVERIFY(CZOUtilityFns::addAction(QStringLiteral("&Save"), &shortLived));
-        }
-        // A destroyed action is never handed out, and its name is free again.
+        // An action destroyed (here at the end of the statement) is never handed out; its name is free again.
+        QVERIFY(CZOUtilityFns::addAction(QStringLiteral("&Save"), std::make_unique<QAction>("Save").get()));
         QCOMPARE(CZOUtilityFns::getAction(QStringLiteral("save")), nullptr);
         QAction save(QStringLiteral("Save"), nullptr);
         QVERIFY(CZOUtilityFns::addAction(QStringLiteral("Save..."), &save));
@@ -137,22 +117,21 @@ private slots:
 
     void sequenceName()
     {
-        const QRegularExpression bare(QStringLiteral("^(\\d{14})_SEQ$"));
-        const QRegularExpressionMatch m = bare.match(CZOUtilityFns::generateCurrentSeqName());
+        const auto m = QRegularExpression("^(\\d{14})_SEQ$").match(CZOUtilityFns::generateCurrentSeqName());
         QVERIFY(m.hasMatch()); // no preference store yet: no user part
         const QDateTime stamp = QDateTime::fromString(m.captured(1), QStringLiteral("yyyyMMddHHmmss"));
         QVERIFY(qAbs(stamp.secsTo(QDateTime::currentDateTime())) < 5); // local time
 
+        static int selections = 0; // nobody is logged in until a user is chosen
         ZOPreferenceHooks hooks;
-        hooks.activeUserName = hookUserName;
-        hooks.selectUser = hookSelectUser;
+        hooks.activeUserName = [] { return selections ? QStringLiteral("jdoe") : QString(); };
+        hooks.selectUser = [] { ++selections; };
         zoSetPreferenceHooks(hooks);
-        s_hookUser.clear();
         const QRegularExpression named(QStringLiteral("^jdoe\\d{14}_SEQ$"));
         QVERIFY(named.match(CZOUtilityFns::generateCurrentSeqName()).hasMatch());
-        QCOMPARE(s_selections, 1); // asked once, because nobody was logged in
+        QCOMPARE(selections, 1); // asked once, because nobody was logged in
         QVERIFY(named.match(CZOUtilityFns::generateCurrentSeqName()).hasMatch());
-        QCOMPARE(s_selections, 1);
+        QCOMPARE(selections, 1);
     }
 
     void platform()
@@ -188,8 +167,7 @@ private slots:
         QTest::newRow("plain stamp") << "20240131235905" << stamp << true;
         QTest::newRow("three-letter prefix") << "abc20240131235905" << stamp << true;
         QTest::newRow("file-name prefix") << "C:/data/BKG_20240131235905" << stamp << true;
-        QTest::newRow("non-digit second reads as 0") << "202401312359x5"
-                                                     << QDateTime(QDate(2024, 1, 31), QTime(23, 59, 0), Qt::LocalTime) << true;
+        QTest::newRow("non-digit second reads as 0") << "202401312359x5" << stamp.addSecs(-5) << true;
         QTest::newRow("non-digit month is invalid") << "2024ab31235905" << QDateTime() << false;
         QTest::newRow("month 13") << "20241331235905" << QDateTime() << false;
         QTest::newRow("too short") << "0131235905" << QDateTime() << false;
@@ -201,8 +179,7 @@ private slots:
         QFETCH(QString, text); QFETCH(QDateTime, expected); QFETCH(bool, valid);
         const QDateTime result = ::getDateTime(text);
         QCOMPARE(result.isValid(), valid);
-        if (valid)
-            QCOMPARE(result, expected);
+        QCOMPARE(result.toString(Qt::ISODateWithMs), expected.toString(Qt::ISODateWithMs)); // empty when invalid
         QVERIFY(::getDateTime(QString()).isNull());
     }
 
@@ -330,21 +307,17 @@ private slots:
         const QString fifty = QStringLiteral("/aaaaaaaaaa/bbbbbbbbbb/cccccccccc/dddddddddd/eeeee"); // 50
         QTest::newRow("50 characters untouched") << fifty << fifty;
         QTest::newRow("short path keeps backslashes") << "C:\\data\\x" << "C:\\data\\x";
-        QTest::newRow("51 characters, many pieces")
-            << "/aaaaaaaaaa/bbbbbbbbbb/cccccccccc/dddddddddd/eeeeee"
-            << "aaaaaaaaaa/bbbbbbbbbb/.../eeeeee";
+        QTest::newRow("51 characters, many pieces") << "/aaaaaaaaaa/bbbbbbbbbb/cccccccccc/dddddddddd/eeeeee"
+                                                    << "aaaaaaaaaa/bbbbbbbbbb/.../eeeeee";
         QTest::newRow("backslashes become slashes")
-            << "C:\\Users\\imaging\\Documents\\experiments\\2026\\mouse7\\ClickInfo.txt"
-            << "C:/Users/.../ClickInfo.txt";
-        QTest::newRow("empty pieces dropped")
-            << "//server//share///very/long/folder/name/that/goes/on/file.txt"
-            << "server/share/.../file.txt";
+            << "C:\\Users\\imaging\\Documents\\experiments\\2026\\mouse7\\ClickInfo.txt" << "C:/Users/.../ClickInfo.txt";
+        QTest::newRow("empty pieces dropped") << "//server//share///very/long/folder/name/that/goes/on/file.txt"
+                                              << "server/share/.../file.txt";
         QTest::newRow("51 characters, three pieces: cut the full path")
             << "/aaaaaaaaaaaaaaaa/bbbbbbbbbbbbbbbb/cccccccccccccccc"
             << "/aaaaaaaaaaaaaaaa/bbbbbbbbbbbbbbbb/cccccccccccc...";
         QTest::newRow("long last piece: cut the full path, not the short form")
-            << "C:\\a\\b\\c\\" + QString(60, QLatin1Char('x'))
-            << "C:/a/b/c/" + QString(38, QLatin1Char('x')) + "...";
+            << "C:\\a\\b\\c\\" + QString(60, 'x') << "C:/a/b/c/" + QString(38, 'x') + "...";
     }
 
     void shortenFolderNameForDisplay()
@@ -352,7 +325,6 @@ private slots:
         QFETCH(QString, path); QFETCH(QString, expected);
         ::shortenFolderNameForDisplay(path);
         QCOMPARE(path, expected);
-        QVERIFY(path.size() <= 50 || path == expected);
     }
 
     void colourTableNames()
@@ -439,8 +411,7 @@ private slots:
         QCOMPARE(points.first(), Coord2d(from.x(), from.y()));
         QCOMPARE(points.last(), Coord2d(to.x(), to.y()));
         for (int i = 1; i < points.size(); ++i) {
-            const double stepX = qAbs(points[i].x - points[i - 1].x);
-            const double stepY = qAbs(points[i].y - points[i - 1].y);
+            const double stepX = qAbs(points[i].x - points[i - 1].x), stepY = qAbs(points[i].y - points[i - 1].y);
             QVERIFY(stepX <= 1 && stepY <= 1 && stepX + stepY >= 1);
         }
     }

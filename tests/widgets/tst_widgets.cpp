@@ -10,7 +10,6 @@
 #include "czoutilityfns.h"
 #include "testfiles.h"
 
-#include <QComboBox>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QMenu>
@@ -153,16 +152,20 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(combo.menu()));
         QCOMPARE(combo.menu()->grab().toImage().pixelColor(0, 10), QColor(Qt::black)); // the styled menu's border
         submenu(combo.menu(), "Dyes")->actions().at(7)->trigger();
-        QCOMPARE(combo.currentText(), probe(7));
-        QCOMPARE(combo.toolTip(), combo.menu()->title());
+        QCOMPARE(QStringList({combo.currentText(), combo.toolTip()}), QStringList({probe(7), combo.menu()->title()}));
+        action(combo, probe(7))->trigger(); // chosen again, from either place: it stays checked in both
         QCOMPARE(texts(combo, true), QStringList({probe(7), probe(7)})); // in "Recently Used" too
+        QMouseEvent move(QEvent::MouseMove, QPointF(5, 5), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(&combo, &move); // the tool tip gives a long name whole
+        QCOMPARE(combo.toolTip(), probe(7));
         action(combo, probe(60))->trigger();
         QCOMPARE(combo.itemText(0), probe(60)); // newest on top
         QCOMPARE(texts(combo, true), QStringList({probe(60)}));
         action(combo, probe(7))->trigger(); // known: made current, not added
-        QCOMPARE(combo.count(), 2);
-        QCOMPARE(combo.currentIndex(), 1);
+        QCOMPARE(qMakePair(combo.count(), combo.currentIndex()), qMakePair(2, 1));
         combo.setCurrentIndex(0); // choosing in the combo moves the check marks
+        QCOMPARE(texts(combo, true), QStringList({probe(60)}));
+        combo.setShowRecentlyUsedProbeList(false); // a rebuilt menu too
         QCOMPARE(texts(combo, true), QStringList({probe(60)}));
         // Reading the file again finds every probe again; a rebuilt menu replaces the old one.
         delete combo.createTreeModelFromFile(probesPath());
@@ -288,8 +291,7 @@ private slots:
             QVERIFY2(log.contains(line), qPrintable(line + " not in\n" + log));
         // A damaged file is left for the user to repair, not overwritten with what could be read.
         QCOMPARE(combo.saveRecentUsedProbes({combo.probeNames().value(0)}), rewritable);
-        if (!rewritable)
-            QCOMPARE(readFile(probesPath()), bytes);
+        QCOMPARE(readFile(probesPath()) == bytes, !rewritable);
     }
     void dialog()
     {
@@ -306,8 +308,7 @@ private slots:
             QCOMPARE(dialog.m_pCancelButton->isVisible(), canCancel);
             // Escape cancels when allowed and is swallowed otherwise; only Escape terminates.
             QTest::keyClick(&dialog, Qt::Key_Escape);
-            QCOMPARE(terminated.count(), canCancel ? 1 : 0);
-            QCOMPARE(dialog.isVisible(), !canCancel);
+            QCOMPARE(qMakePair(terminated.count(), dialog.isVisible()), qMakePair(canCancel ? 1 : 0, !canCancel));
             dialog.show();
             QCOMPARE(dialog.close(), canCancel);
         }
@@ -337,8 +338,7 @@ private slots:
         QCOMPARE(bar.progressMessage(), QStringLiteral("Stopping..."));
         bar.endProgress(QStringLiteral("Done"));
         QVERIFY(!bar.inProgress() && !bar.isAborted());
-        QCOMPARE(bar.progressMessage(), QStringLiteral("Done"));
-        QCOMPARE(bar.progressStep(), -1);
+        QCOMPARE(qMakePair(bar.progressMessage(), bar.progressStep()), qMakePair(QStringLiteral("Done"), -1));
         QTest::qWait(1000);
         QVERIFY(bar.isVisible()); // still shown with its last word
         QTRY_VERIFY_WITH_TIMEOUT(!bar.isVisible(), 5000);
@@ -481,8 +481,7 @@ private:
     QString probesPath() const { return m_dir->filePath("Probes/ProbesTree.xml"); }
     void writeProbes(const QByteArray &bytes)
     {
-        QVERIFY(QDir().mkpath(m_dir->filePath("Probes")));
-        QVERIFY(::writeFile(probesPath(), bytes));
+        QVERIFY(QDir().mkpath(m_dir->filePath("Probes")) && ::writeFile(probesPath(), bytes));
     }
     QString logText()
     {
