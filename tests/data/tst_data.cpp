@@ -236,6 +236,24 @@ private slots:
         QVERIFY(::dup2(parked, 0) == 0 && ::close(parked) == 0);
     }
 
+    // In a folder nobody may write (as root the change runs as nobody), a change that must swap
+    // the file in fails, says so and leaves the file as it was.
+    void changeInALockedFolder()
+    {
+        const QString folder = m_dir.filePath("locked"), table = folder + "/t.csv";
+        const QByteArray text = "id,name,value\r\n1,a,10\r\n2,b,20\r\n";
+        QVERIFY(QDir().mkpath(folder) && writeFile(table, text));
+        for (const auto &[name, mode] : {std::pair(m_dir.path(), 0x7755), {folder, 0x5555}, {table, 0x6666}})
+            QVERIFY(QFile::setPermissions(name, QFile::Permissions(mode)));
+        const bool root = ::geteuid() == 0;
+        QVERIFY(!root || ::seteuid(65534) == 0);
+        const tag_estatus status = CZOSCSVParser(table, kHeader).setCSVColumnValue(1, 1, "a longer name");
+        QVERIFY(!root || ::seteuid(0) == 0);
+        QCOMPARE(status, ES_FILE_OPERATION_FAILED);
+        QCOMPARE(readFile(table), text);
+        QVERIFY(QFile::setPermissions(folder, QFile::Permissions(0x7755))); // for the folder to be cleaned up
+    }
+
     void withoutFile()
     {
         QCOMPARE(beginLog(QStringLiteral("Test")), 1);

@@ -258,6 +258,7 @@ private slots:
         QVERIFY(zosLabelValues(0, 10, 0, false).isEmpty());
         QVERIFY(zosLabelValues(10, 0, 1, false).isEmpty());
         QCOMPARE(zosLabelValues(0, 1e9, 1, false).size(), 1000); // capped, no hang
+        QCOMPARE(zosLabelValues(0, 3 - 5e-10, 1, false).size(), 4); // a hair short of a step still reaches it
         QVERIFY(zosLabelValues(0, Inf, 1, false).isEmpty() && zosLabelValues(NaN, 1, 1, false).isEmpty());
         // A zoomed view's labels fall on multiples of the step inside it.
         QCOMPARE(zosLabelValues(0.25, 1.3, 0.2, false, true), (V{0.4, 0.6, 0.8, 1.0, 1.2}));
@@ -601,6 +602,7 @@ private slots:
         const int e = xTicks.size() + yTicks.size();
         QCOMPARE(texts[e].position, QPoint(right + 2, bottom + 5));
         QCOMPARE(texts[e + 1].text, QString::number(core.getXRange().exponent));
+        QCOMPARE(texts[e + 1].position, QPoint(right + 2 + fm.horizontalAdvance("x10"), bottom + 5 - raise));
         QCOMPARE(texts[e + 2].position, QPoint(a.left() - fm.horizontalAdvance("x10"), a.top() - 2 - raise));
         QCOMPARE(texts[e + 3].text, QString::number(core.getYRange().exponent));
         QCOMPARE(texts[e + 5].position, QPoint(a.left() + 5, a.top() - 2));
@@ -905,6 +907,9 @@ private slots:
                 if (bytes.at(at) == 'x') // zlib's first byte
                     drawn += qUncompress(QByteArray("\0\x10\0\0", 4) + bytes.mid(at));
             QVERIFY(drawn.contains(" w ") && !drawn.contains("\n0 w "));
+            const QList<QByteArray> page = bytes.mid(bytes.indexOf("MediaBox [") + 10).split(']').first().split(' ');
+            const QSize points(qRound(page.value(2).toDouble()), qRound(page.value(3).toDouble()));
+            QCOMPARE(points, size * 72.0 / plot.widget->logicalDpiX()); // the page is the picture
             // No page margin: the page's first transform (`a b c d x y cm`) does not move the drawing right.
             QCOMPARE(drawn.left(drawn.indexOf(" cm\n")).split('\n').last().split(' ').value(4), QByteArray("0"));
         } else {

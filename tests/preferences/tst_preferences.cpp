@@ -230,7 +230,9 @@ private slots:
         QCOMPARE(text, QStringLiteral("Mine"));
         CPLPreferenceUser(QStringLiteral(".txt"), QString()).getUserName(&text);
         QCOMPARE(text, QString());
-        // Far larger than any profile (sparse here): refused before it is read.
+        // Far larger than any profile (sparse here): from one byte past 256 MiB refused before it is read.
+        QVERIFY(QFile(path("AB")).resize(qint64(256) * 1024 * 1024));
+        QCOMPARE(user.loadData(path("AB")), ES_SUCCESS);
         QVERIFY(QFile(path("AB")).resize(qint64(256) * 1024 * 1024 + 1));
         QCOMPARE(user.loadData(path("AB")), ES_OPEN_FAILED);
     }

@@ -145,8 +145,9 @@ private slots:
 
     void choosingFromTheMenu()
     {
-        writeProbes(probeFile(100, {probe(7)}));
+        writeProbes(probeFile(100, {probe(7)}, "<Category Name=\"Recently Used Dyes\"><PROBE Name=\"Cy5\"/></Category>\n"));
         CZOTreeMenuComboBox combo;
+        QCOMPARE(combo.recentlyUsedProbes(), QStringList{probe(7)}); // from the first branch of that name only
         combo.show();
         combo.showPopup();
         QVERIFY(QTest::qWaitForWindowExposed(combo.menu()));
@@ -170,7 +171,7 @@ private slots:
         // Reading the file again finds every probe again; a rebuilt menu replaces the old one.
         delete combo.createTreeModelFromFile(probesPath());
         combo.setAllowSelectMultiMenuItem(true), QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QCOMPARE(combo.loadedProbeCount(), 100);
+        QCOMPARE(combo.loadedProbeCount(), 101);
         QCOMPARE(combo.findChildren<QMenu *>(QString(), Qt::FindDirectChildrenOnly).size(), 1);
     }
 
@@ -418,6 +419,7 @@ private slots:
         QString fileName;
         QCOMPARE(save(fileName), 0);
         QCOMPARE(fileName, path("recent/") + saved);
+        QCOMPARE(m_settings->getExportPath(), path("recent")); // the folder kept on file
         // The filter text ends in ";;", which the toolkit shows as one more, empty, filter.
         QCOMPARE(answer.seen, QStringList{"file " + path("recent") + ' ' + kFilters.join('|') + '|'});
     }
