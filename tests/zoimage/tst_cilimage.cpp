@@ -16,14 +16,16 @@ static quint16 foreignPixel(int x, int y) { return quint16(x * 3 + y * 1000); }
 
 // A TIFF written straight through libtiff, for layouts the image never writes.
 static bool writeRawTiff(const QString &file, const char *mode, int bits, int samples, int format, int tile = 0,
-                         int compression = COMPRESSION_NONE, int width = 40, int height = 50)
+                         int compression = COMPRESSION_NONE, int width = 40, int height = 50,
+                         int planar = PLANARCONFIG_CONTIG)
 {
     TIFF *t = TIFFOpen(QFile::encodeName(file).constData(), mode);
     const int fields[][2] = {{TIFFTAG_IMAGEWIDTH, width}, {TIFFTAG_IMAGELENGTH, height}, {TIFFTAG_BITSPERSAMPLE, bits},
                              {TIFFTAG_SAMPLESPERPIXEL, samples}, {TIFFTAG_SAMPLEFORMAT, format},
                              {TIFFTAG_PHOTOMETRIC, samples == 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK},
-                             {TIFFTAG_COMPRESSION, compression}, {TIFFTAG_TILEWIDTH, tile}, {TIFFTAG_TILELENGTH, tile}};
-    for (int i = 0; i < (tile ? 9 : 7); ++i) // the two tile fields only in a tiled file
+                             {TIFFTAG_COMPRESSION, compression}, {TIFFTAG_PLANARCONFIG, planar},
+                             {TIFFTAG_TILEWIDTH, tile}, {TIFFTAG_TILELENGTH, tile}};
+    for (int i = 0; i < (tile ? 10 : 8); ++i) // the two tile fields only in a tiled file
         TIFFSetField(t, uint32_t(fields[i][0]), fields[i][1]);
     bool ok = true;
     std::vector<quint16> buf(size_t(tile ? TIFFTileSize(t) : TIFFScanlineSize(t)) / 2 + 1);
@@ -126,9 +128,10 @@ private slots:
 
     void readsForeignLayouts()
     {
-        // Big-endian strips, then tiles cut at the edges in either byte order.
-        for (const int tile : {0, 16, 32}) {
-            QVERIFY(writeRawTiff(path("foreign.tif"), tile == 16 ? "wl" : "wb", 16, 1, SAMPLEFORMAT_UINT, tile));
+        // Big-endian strips, tiles cut at the edges in either byte order, then strips stored as planes.
+        for (const int tile : {0, 16, 32, -1}) {
+            QVERIFY(writeRawTiff(path("foreign.tif"), tile == 16 ? "wl" : "wb", 16, 1, SAMPLEFORMAT_UINT, std::max(tile, 0),
+                                 COMPRESSION_NONE, 40, 50, tile < 0 ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG));
             CILImage image;
             QCOMPARE(image.loadTiff(path("foreign.tif")), ES_SUCCESS);
             QCOMPARE(QSize(image.getWidth(), image.getHeight()), QSize(40, 50));
